@@ -17,7 +17,11 @@ class OrbItemValue;
 
 /// The host's data access layer. One instance, owned by the host, which outlives every tool.
 ///
-/// Operations may be called from any thread; subscribers are called on the thread on which the object was made.
+/// Operations may be called from any thread; subscribers are called on the thread on which the object was made, always
+/// from its event loop, in the order in which the service spoke. That thread also destroys it, which ends delivery.
+///
+/// Chosen by our kit: changes of structure, status and values go to the subscribers of the structure, log entries to
+/// every subscriber once. A subscription gets what is said after it began, and nothing of before.
 class HOST_EXPORT DlDataAccess
 {
 public:
@@ -39,7 +43,8 @@ public:
     void subscribeRawMessage(DlMessageSubscriber *subscriber);
 
     /// Tells the subscriber when controllers, lines or devices come or go. Chosen by our kit: a new subscriber is
-    /// told once, soon after, so that it learns what is there already.
+    /// told once, soon after, so that it learns what is there already; the identifier is then Undefined, for the whole
+    /// system. Subscribing twice changes nothing.
     void subscribeStructureChanged(DlMessageSubscriber *subscriber);
 
     /// Ends every subscription of the subscriber. Once it returns (on the layer's thread) no call is made any more.

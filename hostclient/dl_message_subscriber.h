@@ -20,8 +20,8 @@ struct DlNotificationQuery
         ValuesChanged = 5,
     };
 
-    quint32 connection = 0; ///< index of the connection that it comes from
-    quint32 sequence = 0; ///< counts the notifications of this process
+    quint32 connection = 0; ///< index of the connection that it comes from, all ones for none
+    quint32 sequence = 0; ///< counts the notifications of this layer
     quint32 kind = 0; ///< one of Kind
     quint32 reserved = 0; ///< always 0
 };

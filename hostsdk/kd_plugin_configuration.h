@@ -26,7 +26,7 @@ public:
     QString name;
     QVariant value;
     QVariant defaultValue; ///< what the host falls back to when `value` is missing
-    bool saved = false; ///< the node goes into the host's file
+    bool saved = false; ///< the node belongs into the host's file; ours keeps every node and its flags
     bool visible = false; ///< the node is shown in the host's settings
     QList<KdPluginConfiguration> children;
 };
