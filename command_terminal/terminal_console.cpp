@@ -1,0 +1,235 @@
+#include "command_terminal/terminal_console.h"
+
+#include "command_terminal/console_text.h"
+#include "command_terminal/terminal_console_completer.h"
+
+#include <QFontDatabase>
+#include <QTextDocument>
+
+namespace
+{
+
+constexpr int TabStopPixels = 40;
+
+QTextCharFormat formatInColour(const QColor &colour)
+{
+    QTextCharFormat format;
+    format.setForeground(colour);
+    return format;
+}
+
+} // namespace
+
+TerminalConsole::TerminalConsole(QWidget *parent, KdMainData &hostData, KdObserver &eventObserver)
+    : KdPlainTextEdit(parent, hostData, eventObserver), completer(new TerminalConsoleCompleter(this))
+{
+    QPalette blackAndWhite = palette();
+    blackAndWhite.setColor(QPalette::Base, Qt::black);
+    blackAndWhite.setColor(QPalette::Text, Qt::white);
+    setPalette(blackAndWhite);
+    setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    setTabStopDistance(TabStopPixels);
+    // Undo would take back output and move the prompt; it would also keep a copy of every line for a night.
+    setUndoRedoEnabled(false);
+    clearConsole(QString());
+    completionStart = -1;
+}
+
+TerminalConsole::~TerminalConsole() = default;
+
+void TerminalConsole::insertInColour(const QString &text, const QColor &colour)
+{
+    QTextCursor cursor = textCursor();
+    cursor.clearSelection(); // what the user marked is not replaced by output
+    cursor.insertText(text, formatInColour(colour));
+    cursor.setCharFormat(formatInColour(Qt::white));
+    setTextCursor(cursor);
+}
+
+void TerminalConsole::startPrompt(const QString &prompt)
+{
+    insertInColour(prompt, Qt::white);
+    ensureCursorVisible();
+    promptEnd = textCursor().position();
+    busy = false;
+}
+
+void TerminalConsole::printPrompt()
+{
+    startPrompt(QStringLiteral("> "));
+}
+
+void TerminalConsole::printContinuationPrompt()
+{
+    startPrompt(QStringLiteral(". "));
+}
+
+void TerminalConsole::printInputPrompt()
+{
+    startPrompt(QStringLiteral("? "));
+    inputMode = true;
+}
+
+void TerminalConsole::printText(const QString &text)
+{
+    insertInColour(text, Qt::white);
+}
+
+void TerminalConsole::printLine(const QString &text, const QColor &colour)
+{
+    QString line = text.trimmed();
+    if (!line.isEmpty())
+        line.append(QLatin1Char('\n'));
+    insertInColour(line, colour);
+    ensureCursorVisible();
+}
+
+void TerminalConsole::printError(const QString &text)
+{
+    printLine(text, Qt::red);
+}
+
+void TerminalConsole::printSuccess(const QString &text)
+{
+    printLine(text, Qt::green);
+}
+
+void TerminalConsole::printLineAbovePrompt(const QString &text, const QColor &colour)
+{
+    constexpr int PromptLength = 2;
+    const QString line = text.trimmed();
+    if (line.isEmpty())
+        return;
+    QTextCursor cursor(document());
+    cursor.setPosition(promptEnd - PromptLength);
+    const int before = cursor.position();
+    cursor.insertText(line + QLatin1Char('\n'), formatInColour(colour));
+    const int inserted = cursor.position() - before;
+    promptEnd += inserted;
+    if (completionStart != -1)
+        completionStart += inserted;
+    ensureCursorVisible();
+    placePopup();
+}
+
+void TerminalConsole::printErrorAbovePrompt(const QString &text)
+{
+    printLineAbovePrompt(text, Qt::red);
+}
+
+void TerminalConsole::printSuccessAbovePrompt(const QString &text)
+{
+    printLineAbovePrompt(text, Qt::green);
+}
+
+void TerminalConsole::clearConsole(const QString &banner)
+{
+    clear();
+    // Right-to-left input would otherwise turn its whole line around, the prompt included.
+    QTextBlockFormat leftToRight;
+    leftToRight.setLayoutDirection(Qt::LeftToRight);
+    QTextCursor cursor = textCursor();
+    cursor.setBlockFormat(leftToRight);
+    cursor.setCharFormat(formatInColour(Qt::white));
+    setTextCursor(cursor);
+
+    history.clear();
+    busy = false;
+    inputMode = false;
+    promptEnd = 0;
+    historyIndex = 0;
+    if (!banner.isEmpty())
+        printText(banner);
+    printPrompt();
+    hideCompletion();
+}
+
+void TerminalConsole::removeInput()
+{
+    QTextCursor cursor = textCursor();
+    cursor.setPosition(promptEnd);
+    cursor.movePosition(QTextCursor::End, QTextCursor::KeepAnchor);
+    cursor.removeSelectedText();
+    setTextCursor(cursor);
+}
+
+QString TerminalConsole::textFrom(int start, int end) const
+{
+    QTextCursor cursor(document());
+    cursor.setPosition(start);
+    cursor.setPosition(end, QTextCursor::KeepAnchor);
+    return cursor.selectedText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+}
+
+void TerminalConsole::readInput()
+{
+    command.clear();
+    const int position = textCursor().position();
+    if (position >= promptEnd)
+        command = command_terminal::handedOverLine(textFrom(promptEnd, position));
+}
+
+void TerminalConsole::runInput()
+{
+    readInput();
+    if (!command.isEmpty() && (history.isEmpty() || history.constLast() != command))
+        history.append(command);
+    historyIndex = history.size();
+    executeCommand(command);
+    command.clear();
+    hideCompletion();
+}
+
+void TerminalConsole::executeInput()
+{
+    runInput();
+}
+
+void TerminalConsole::handOver()
+{
+    busy = true;
+    if (!inputMode) {
+        runInput();
+        return;
+    }
+    inputMode = false;
+    readInput();
+    submitInput(command);
+    hideCompletion();
+}
+
+void TerminalConsole::showHistoryEntry()
+{
+    removeInput();
+    insertInColour(historyIndex < history.size() ? history.at(historyIndex) : command, Qt::white);
+    ensureCursorVisible();
+}
+
+void TerminalConsole::confineToInput()
+{
+    QTextCursor cursor = textCursor();
+    const int end = document()->characterCount() - 1;
+    const int inputStart = qMin(promptEnd, end);
+    if (cursor.position() >= inputStart && cursor.anchor() >= inputStart)
+        return;
+    if (!cursor.hasSelection() || cursor.selectionEnd() <= inputStart) {
+        cursor.setPosition(end);
+    } else {
+        const int selectionEnd = cursor.selectionEnd();
+        cursor.setPosition(inputStart);
+        cursor.setPosition(selectionEnd, QTextCursor::KeepAnchor);
+    }
+    setTextCursor(cursor);
+}
+
+// The hooks of the subclasses
+
+void TerminalConsole::executeCommand(QString &)
+{
+    printPrompt();
+    hideCompletion();
+}
+
+void TerminalConsole::requestCompletion(QString &) { }
+
+void TerminalConsole::submitInput(QString &) { }

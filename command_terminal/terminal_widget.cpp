@@ -1,0 +1,224 @@
+#include "command_terminal/terminal_widget.h"
+
+#include "command_terminal/terminal_command_generation.h"
+#include "command_terminal/terminal_file_editor.h"
+#include "command_terminal/terminal_orb_client_console.h"
+#include "command_terminal/terminal_toolbar.h"
+#include "hostsdk/kd_child_event.h"
+#include "hostsdk/kd_main_data.h"
+#include "hostsdk/kd_parent_event.h"
+#include "hostsdk/kd_plugin_common.h"
+#include "plugin/terminal_plugin_state.h"
+
+#include <QBoxLayout>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QKeyEvent>
+#include <QMimeData>
+#include <QPlainTextEdit>
+#include <QShortcut>
+
+namespace
+{
+
+constexpr int StopKeys = int(Qt::CTRL) | int(Qt::Key_C);
+
+} // namespace
+
+TerminalWidget::TerminalWidget(QWidget *parent, TerminalPluginState *state, KdMainData &hostData,
+                               KdObserver &eventHost, unsigned int toolInstance)
+    : KdPluginWidget(parent, hostData, eventHost, state->terminalWidgetClassId, toolInstance),
+      pluginState(state)
+{
+    setObjectName(QStringLiteral("commandTerminal"));
+    toolbar = new TerminalToolbar(this, hostData, *this);
+    toolbar->setObjectName(QStringLiteral("toolbar"));
+    console = new TerminalOrbClientConsole(this, hostData, *this);
+    console->setObjectName(QStringLiteral("console"));
+    editor = new TerminalFileEditor(this, pluginState, hostData, *this);
+    editor->setObjectName(QStringLiteral("editor"));
+    commandPanel = new TerminalCommandGeneration(this, hostData, *this);
+    commandPanel->setObjectName(QStringLiteral("commandPanel"));
+
+    auto *column = new QVBoxLayout;
+    column->addWidget(commandPanel);
+    column->addWidget(console);
+    column->addWidget(editor);
+    auto *row = new QHBoxLayout(this);
+    row->addWidget(toolbar);
+    row->addLayout(column);
+
+    editor->hide();
+    console->show();
+    toolbar->setTerminalMode();
+    setAcceptDrops(true);
+
+    stopShortcut = new QShortcut(QKeySequence(StopKeys), this);
+    stopShortcut->setContext(Qt::WidgetWithChildrenShortcut);
+    stopShortcut->setEnabled(false);
+    connect(stopShortcut, &QShortcut::activated, console, &TerminalOrbClientConsole::stopExecution);
+    connect(console, &TerminalOrbClientConsole::executionChanged, stopShortcut, &QShortcut::setEnabled);
+    console->installEventFilter(this);
+    editor->installEventFilter(this);
+}
+
+TerminalWidget::~TerminalWidget() = default;
+
+QStringList TerminalWidget::menuPath()
+{
+    return {tr("Window"), tr("Tools"), tr("Terminal")};
+}
+
+void TerminalWidget::processChildEvent(KdChildEvent &event)
+{
+    switch (event.type) {
+    case KD::ShowTerminal:
+        showConsole();
+        break;
+    case KD::ShowEditor:
+        showEditor();
+        break;
+    case KD::OpenFile:
+    case KD::SaveFile:
+        editor->handleEvent(event);
+        break;
+    case KD::ExecuteFile:
+        executeFile();
+        break;
+    case KD::ClearTerminal:
+        if (console)
+            console->clearConsole(QString());
+        break;
+    case KD::Request:
+        passRequest(event);
+        break;
+    case KD::ControllerChosen:
+        console->handleEvent(event);
+        break;
+    case KD::BusyChanged:
+        setBusy(event.getIntArgument(0) != 0);
+        break;
+    case KD::ModifiedChanged:
+        toolbar->setSaveEnabled(event.getIntArgument(0) != 0);
+        break;
+    default:
+        host.processChildEvent(event);
+        break;
+    }
+}
+
+void TerminalWidget::showConsole()
+{
+    editor->hide();
+    console->show();
+    toolbar->setTerminalMode();
+    console->setFocus(Qt::OtherFocusReason);
+}
+
+void TerminalWidget::showEditor()
+{
+    editor->show();
+    console->hide();
+    toolbar->setEditorMode();
+    editor->setFocus(Qt::OtherFocusReason);
+}
+
+void TerminalWidget::executeFile()
+{
+    const QString text = editor->toPlainText();
+    showConsole();
+    console->runCommandFile(text);
+}
+
+void TerminalWidget::passRequest(KdChildEvent &event)
+{
+    if (console->isVisible())
+        console->handleEvent(event);
+    else if (editor->isVisible())
+        editor->handleEvent(event);
+}
+
+// The focus: while the console waits it is disabled, and so is the form. The tool itself then holds the focus that
+// one of them had, so that it neither wanders off to another tool nor is lost.
+
+void TerminalWidget::setBusy(bool busy)
+{
+    waiting = busy;
+    if (busy)
+        takePanelFocus();
+    commandPanel->setEnabled(!busy);
+    setCursor(busy ? Qt::BusyCursor : Qt::ArrowCursor);
+    if (!busy)
+        returnPanelFocus();
+}
+
+void TerminalWidget::takePanelFocus()
+{
+    QWidget *focused = window()->focusWidget();
+    if (!focused || !commandPanel->isAncestorOf(focused))
+        return;
+    setFocus(Qt::OtherFocusReason);
+    panelFocus = focused;
+}
+
+void TerminalWidget::returnPanelFocus()
+{
+    if (panelFocus && window()->focusWidget() == this)
+        panelFocus->setFocus(Qt::OtherFocusReason);
+    panelFocus.clear();
+}
+
+void TerminalWidget::focusInEvent(QFocusEvent *event)
+{
+    KdPluginWidget::focusInEvent(event);
+    if (waiting)
+        return;
+    if (console->isVisibleTo(this))
+        console->setFocus(Qt::OtherFocusReason);
+    else
+        editor->setFocus(Qt::OtherFocusReason);
+}
+
+bool TerminalWidget::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::ShortcutOverride && stopShortcut->isEnabled()) {
+        const auto *keyEvent = static_cast<QKeyEvent *>(event);
+        const auto *edit = qobject_cast<QPlainTextEdit *>(watched);
+        const bool stops = (int(keyEvent->modifiers()) | keyEvent->key()) == StopKeys;
+        if (stops && edit && !edit->textCursor().hasSelection()) {
+            event->ignore(); // there is nothing to copy, so the editor does not claim the keys for itself
+            return true;
+        }
+    }
+    return KdPluginWidget::eventFilter(watched, event);
+}
+
+// The host
+
+void TerminalWidget::parentEventOccured(KdParentEvent &event)
+{
+    if ((event.type == KD::ItemSelected || event.type == KD::ItemActivated) && commandPanel)
+        commandPanel->setItemId(event.getHardwareId(0));
+}
+
+bool TerminalWidget::canTakeDrop(const QDropEvent &event) const
+{
+    return (event.possibleActions() & (Qt::CopyAction | Qt::MoveAction))
+        && event.mimeData()->hasFormat(mainData.getDndMimeType());
+}
+
+void TerminalWidget::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (canTakeDrop(*event))
+        event->acceptProposedAction();
+}
+
+void TerminalWidget::dropEvent(QDropEvent *event)
+{
+    QVector<OrbItemId> items;
+    if (!commandPanel || !canTakeDrop(*event)
+        || !KdPluginCommon::parseDragAndDropString(event->mimeData(), items) || items.isEmpty())
+        return;
+    commandPanel->setItemId(items.constFirst());
+    event->acceptProposedAction();
+}
