@@ -1,5 +1,7 @@
 # The contract's headers and library come from an installed kit: <prefix>/include/{hostclient,hostsdk} and a library
 # under <prefix>/lib. The kit's include folder goes before ours, so that a contract header is never taken from here.
+# It is not the imported library that brings it: as that one's include folder it would be a system folder to the
+# compiler, and those are searched last, after the contract's headers in our own tree.
 
 set(TERMINAL_HOST_KIT_LIBRARY_NAME "host_kit" CACHE STRING "Base name of the kit's library")
 
@@ -17,7 +19,6 @@ endif()
 add_library(host_kit UNKNOWN IMPORTED)
 set_target_properties(host_kit PROPERTIES
   IMPORTED_LOCATION "${TERMINAL_HOST_KIT_LIBRARY}"
-  INTERFACE_INCLUDE_DIRECTORIES "${TERMINAL_HOST_KIT}/include"
   INTERFACE_LINK_LIBRARIES "Qt5::Widgets")
 include_directories(BEFORE "${TERMINAL_HOST_KIT}/include")
 
