@@ -1,0 +1,99 @@
+#include "workbench/app/main_window.h"
+#include "workbench/app/options.h"
+#include "workbench/app/plugin_library.h"
+#include "workbench/app/settings_store.h"
+#include "workbench/app/unattended_run.h"
+
+#include "hostclient/dl_data_access.h"
+#include "hostsdk/kd_main_data.h"
+#include "workbench/simulator/simulated_service.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QStandardPaths>
+#include <QStyleFactory>
+#include <QTextStream>
+
+namespace
+{
+
+/// Nobody sees or closes a window on these platforms.
+bool hasScreen()
+{
+    const QString platform = QGuiApplication::platformName();
+    return platform != QLatin1String("offscreen") && platform != QLatin1String("minimal");
+}
+
+/// Runs the workbench; the process's exit code.
+int run(const workbench::Options &options, QTextStream &out, QTextStream &err)
+{
+    // In this order, so that they go in the other: window and tools, plug-in, client, service.
+    simulator::SimulatedService service;
+    if (options.latency >= 0)
+        service.setLatency(options.latency);
+    DlDataAccess dataAccess(service);
+    KdMainData mainData(&dataAccess);
+
+    workbench::PluginLibrary library;
+    QString error;
+    if (!library.load(options.pluginFile, QCoreApplication::applicationDirPath(), error)) {
+        err << error << QLatin1Char('\n');
+        err.flush();
+        if (hasScreen() && !options.quitWhenDone)
+            QMessageBox::critical(nullptr, QCoreApplication::applicationName(), error);
+        return 1;
+    }
+
+    // A run that ends by itself looks the same every time, and leaves the operator's own layout alone.
+    const bool isUnattended = options.hasTask() && (options.quitWhenDone || !hasScreen());
+    QString settingsDir = options.configDir;
+    if (settingsDir.isEmpty() && !isUnattended)
+        settingsDir = QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
+    workbench::MainWindow window(*library.plugin(), mainData, workbench::SettingsStore(settingsDir));
+    window.show();
+
+    workbench::UnattendedRun task(options, window, out, err);
+    if (options.hasTask()) {
+        QObject::connect(&task, &workbench::UnattendedRun::finished, &window, [&](int exitCode) {
+            if (isUnattended || exitCode != 0) {
+                window.shutDown();
+                QCoreApplication::exit(exitCode);
+            }
+        });
+        // From within the event loop, which exit() then ends.
+        QMetaObject::invokeMethod(&task, &workbench::UnattendedRun::start, Qt::QueuedConnection);
+    }
+    return QApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    QApplication application(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("tarn"));
+    QCoreApplication::setApplicationName(QStringLiteral("terminal-workbench"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(WORKBENCH_VERSION));
+
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+    out.setCodec("UTF-8");
+    err.setCodec("UTF-8");
+
+    workbench::Options options;
+    QString message;
+    switch (workbench::parseOptions(QCoreApplication::arguments(), options, message)) {
+    case workbench::OptionsResult::Inform:
+        out << message << QLatin1Char('\n');
+        return 0;
+    case workbench::OptionsResult::Refuse:
+        err << QCoreApplication::applicationName() << ": " << message << QLatin1Char('\n')
+            << "Try --help for what can be given.\n";
+        return workbench::MisuseExitCode;
+    case workbench::OptionsResult::Run:
+        break;
+    }
+    return run(options, out, err);
+}

@@ -1,0 +1,238 @@
+#include "workbench/app/main_window.h"
+
+#include "hostsdk/kd_main_data.h"
+#include "hostsdk/kd_plugin_configuration.h"
+#include "workbench/app/system_model.h"
+#include "workbench/app/system_view.h"
+#include "workbench/app/tool_dock.h"
+#include "workbench/app/tool_docks.h"
+#include "workbench/app/tool_host.h"
+#include "workbench/app/tool_menu.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDockWidget>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QStatusBar>
+#include <QTimer>
+
+namespace workbench
+{
+
+namespace
+{
+
+constexpr int LayoutVersion = 1;
+constexpr int MessageTime = 15000; // ms
+constexpr QSize DefaultSize(1280, 800);
+constexpr int SystemShare = 40; // percent of the width
+
+} // namespace
+
+MainWindow::MainWindow(KdPluginInterface &plugin, KdMainData &mainData_, const SettingsStore &store_)
+    : mainData(mainData_), store(store_), host(std::make_unique<ToolHost>(plugin, mainData_))
+{
+    setObjectName(QStringLiteral("workbench"));
+    setWindowTitle(tr("SIMULATION - tarnControl workbench"));
+    setDockNestingEnabled(true);
+    setContextMenuPolicy(Qt::NoContextMenu); // the window's own would show tools behind their backs
+    setTabPosition(Qt::AllDockWidgetAreas, QTabWidget::North);
+
+    buildMenus();
+    buildBanner();
+    buildSystemDock();
+    counts = new QLabel(this);
+    counts->setObjectName(QStringLiteral("counts"));
+    statusBar()->addPermanentWidget(counts);
+    updateCounts();
+
+    menu = new ToolMenu(*menuBar(), helpMenu, this);
+    docks = new ToolDocks(*host, *menu, *this, this);
+    connect(docks, &ToolDocks::message, this, &MainWindow::showMessage);
+
+    showMessage(tr("Ready. Choose a channel on the left, or drag it onto a terminal."));
+    KdPluginConfiguration configuration;
+    const QString complaint = store.loadConfiguration(configuration);
+    if (!complaint.isEmpty())
+        showMessage(complaint);
+    host->start(configuration);
+    restoreLayout();
+}
+
+MainWindow::~MainWindow()
+{
+    shutDown();
+}
+
+void MainWindow::resetLayout()
+{
+    addDockWidget(Qt::LeftDockWidgetArea, systemDock);
+    systemDock->setFloating(false);
+    systemDock->show();
+    const QVector<quint32> classes = host->toolClasses();
+    for (quint32 classId : classes) {
+        if (ToolDock *dock = docks->dock(classId)) {
+            dock->setFloating(false);
+            addDockWidget(Qt::RightDockWidgetArea, dock);
+        }
+    }
+    if (!classes.isEmpty())
+        docks->open(classes.constFirst());
+    applyDefaultSizes();
+}
+
+void MainWindow::shutDown()
+{
+    if (isShutDown)
+        return;
+    isShutDown = true;
+    mainData.shuttingDown = true;
+
+    // Settings first: whatever goes wrong below, they are safe.
+    KdPluginConfiguration configuration;
+    host->saveConfiguration(configuration);
+    QStringList complaints = {store.saveConfiguration(configuration)};
+    WindowLayout layout;
+    layout.geometry = saveGeometry();
+    layout.state = saveState(LayoutVersion);
+    layout.systemColumns = view->header()->saveState();
+    layout.openTools = docks->openTools();
+    complaints.append(store.saveLayout(layout));
+    complaints.removeAll(QString());
+    for (const QString &complaint : qAsConst(complaints))
+        qWarning("%s", qUtf8Printable(complaint));
+
+    docks->closeAll();
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    shutDown();
+    QMainWindow::closeEvent(event);
+}
+
+void MainWindow::showEvent(QShowEvent *event)
+{
+    QMainWindow::showEvent(event);
+    if (sizesPending)
+        QTimer::singleShot(0, this, &MainWindow::applyDefaultSizes);
+}
+
+void MainWindow::buildMenus()
+{
+    menuBar()->setNativeMenuBar(false); // the banner stands in its corner
+    QMenu *fileMenu = menuBar()->addMenu(tr("&File"));
+    QAction *quit = fileMenu->addAction(tr("&Quit"), this, &QWidget::close);
+    quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    quit->setStatusTip(tr("Saves the layout and ends the workbench"));
+
+    windowMenu = menuBar()->addMenu(tr("&Window"));
+    windowMenu->addSeparator();
+    QAction *reset = windowMenu->addAction(tr("&Reset Layout"), this, &MainWindow::resetLayout);
+    reset->setStatusTip(tr("Puts the docks where they are on the first start"));
+
+    helpMenu = menuBar()->addMenu(tr("&Help"));
+    helpMenu->addAction(tr("&About"), this, &MainWindow::showAbout);
+}
+
+void MainWindow::buildSystemDock()
+{
+    model = new SystemModel(mainData, this);
+    view = new SystemView(*model, this);
+    systemDock = new QDockWidget(tr("System"), this);
+    systemDock->setObjectName(QStringLiteral("system"));
+    systemDock->setWidget(view);
+    addDockWidget(Qt::LeftDockWidgetArea, systemDock);
+
+    QAction *toggle = systemDock->toggleViewAction();
+    toggle->setText(tr("&System"));
+    toggle->setStatusTip(tr("Shows or hides the system's objects and their values"));
+    windowMenu->insertAction(windowMenu->actions().constFirst(), toggle);
+
+    connect(model, &QAbstractItemModel::modelReset, this, &MainWindow::updateCounts);
+    connect(view, &SystemView::itemChosen, this,
+            [this](const OrbItemId &id) { host->announceItem(KD::ItemSelected, id); });
+    connect(view, &SystemView::itemActivated, this,
+            [this](const OrbItemId &id) { host->announceItem(KD::ItemActivated, id); });
+}
+
+void MainWindow::buildBanner()
+{
+    auto *banner = new QLabel(tr("<b>SIMULATION</b>&nbsp;&nbsp;Nothing here reaches hardware"), this);
+    banner->setObjectName(QStringLiteral("banner"));
+    // Dark on light amber on any theme: this text has to be legible everywhere.
+    banner->setStyleSheet(
+        QStringLiteral("#banner { background: #ffe7b3; color: #4a3200; border: 1px solid #e0b04c;"
+                       " border-radius: 3px; padding: 1px 10px; margin: 2px 4px 2px 0; }"));
+    menuBar()->setCornerWidget(banner, Qt::TopRightCorner);
+}
+
+void MainWindow::restoreLayout()
+{
+    resize(DefaultSize);
+    const WindowLayout layout = store.loadLayout();
+    if (!layout.saved) {
+        resetLayout();
+        return;
+    }
+    restoreGeometry(layout.geometry);
+    docks->openTools(layout.openTools);
+    view->header()->restoreState(layout.systemColumns);
+    if (!restoreState(layout.state, LayoutVersion)) {
+        showMessage(tr("The saved layout could not be used; this is the layout of the first start."));
+        resetLayout();
+    }
+}
+
+void MainWindow::applyDefaultSizes()
+{
+    sizesPending = !isVisible(); // docks take sizes only from a window that is laid out
+    QList<QDockWidget *> side = {systemDock};
+    QList<int> widths = {width() * SystemShare / 100};
+    const QVector<quint32> classes = host->toolClasses();
+    for (quint32 classId : classes) {
+        if (ToolDock *dock = docks->dock(classId)) {
+            side.append(dock);
+            widths.append(width() - widths.constFirst());
+            break;
+        }
+    }
+    resizeDocks(side, widths, Qt::Horizontal);
+}
+
+void MainWindow::updateCounts()
+{
+    const int controllers = model->count(OrbItemId::System);
+    const int modules = model->count(OrbItemId::Module);
+    const int channels = model->count(OrbItemId::Channel);
+    const auto phrase = [](int number, const QString &one, const QString &many) {
+        return (number == 1 ? one : many).arg(number);
+    };
+    counts->setText(controllers == 0 ? tr("No controller connected")
+                                     : phrase(controllers, tr("%1 controller"), tr("%1 controllers"))
+                            + QStringLiteral(" \u00b7 ") + phrase(modules, tr("%1 module"), tr("%1 modules"))
+                            + QStringLiteral(" \u00b7 ")
+                            + phrase(channels, tr("%1 channel"), tr("%1 channels")));
+}
+
+void MainWindow::showMessage(const QString &text)
+{
+    statusBar()->showMessage(text, MessageTime);
+}
+
+void MainWindow::showAbout()
+{
+    QMessageBox::about(
+        this, tr("About the workbench"),
+        tr("<h3>tarnControl workbench %1</h3>"
+           "<p>Runs the terminals of the console against a simulated high-voltage system, so that "
+           "command files can be rehearsed before they touch the real one.</p>"
+           "<p>Nothing here reaches hardware.</p>")
+            .arg(QApplication::applicationVersion()));
+}
+
+} // namespace workbench

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "workbench/app/settings_store.h"
+
+#include <QMainWindow>
+
+#include <memory>
+
+class KdMainData;
+class KdPluginInterface;
+class QAction;
+class QDockWidget;
+class QLabel;
+class QMenu;
+
+namespace workbench
+{
+
+class SystemModel;
+class SystemView;
+class ToolDocks;
+class ToolHost;
+class ToolMenu;
+
+/// The workbench's window: the simulated system on one side, the plug-in's tools on the other. GUI thread only.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    /// Plug-in and main data are kept and outlive the window. Reads layout and settings from `store`.
+    MainWindow(KdPluginInterface &plugin, KdMainData &mainData, const SettingsStore &store);
+
+    /// Shuts down first, unless closing the window has done so.
+    ~MainWindow() override;
+
+    ToolHost &toolHost() { return *host; }
+    ToolDocks &toolDocks() { return *docks; }
+    ToolMenu &toolMenu() { return *menu; }
+    SystemView &systemView() { return *view; }
+
+    /// Puts window and docks where they are on the first start.
+    void resetLayout();
+
+    /// Saves settings and layout, then stops and deletes the tools. Safe to call twice.
+    void shutDown();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+
+private:
+    void buildMenus();
+    void buildSystemDock();
+    void buildBanner();
+    void restoreLayout();
+    void applyDefaultSizes();
+    void updateCounts();
+    void showMessage(const QString &text);
+    void showAbout();
+
+    KdMainData &mainData;
+    const SettingsStore store;
+    std::unique_ptr<ToolHost> host;
+    ToolMenu *menu = nullptr;
+    ToolDocks *docks = nullptr;
+    SystemModel *model = nullptr;
+    SystemView *view = nullptr;
+    QDockWidget *systemDock = nullptr;
+    QLabel *counts = nullptr;
+    QMenu *windowMenu = nullptr;
+    QMenu *helpMenu = nullptr;
+    bool sizesPending = false; ///< default sizes take effect once the window has its own
+    bool isShutDown = false;
+};
+
+} // namespace workbench

@@ -1,0 +1,102 @@
+#include "workbench/app/options.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+namespace workbench
+{
+
+namespace
+{
+
+constexpr int LatencyLimit = 60000;
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("Options", text);
+}
+
+/// The rules between options that the parser does not know; an empty text when they are kept.
+QString complaint(const QCommandLineParser &parser)
+{
+    for (const QString &name : parser.optionNames()) {
+        if (name != QLatin1String("quit-when-done") && parser.value(name).isEmpty())
+            return tr("--%1 needs a value.").arg(name);
+    }
+    if (!parser.positionalArguments().isEmpty()) {
+        return tr("Unexpected argument \"%1\". A command file is given with --run-command-file.")
+            .arg(parser.positionalArguments().constFirst());
+    }
+    if (parser.isSet(QStringLiteral("controller")) && !parser.isSet(QStringLiteral("run-command-file")))
+        return tr("--controller says where a command file's requests go and needs --run-command-file.");
+    if (parser.isSet(QStringLiteral("run-command-file")) && parser.isSet(QStringLiteral("editor-file")))
+        return tr("--run-command-file and --editor-file both fill the editor; give one of them.");
+    return {};
+}
+
+} // namespace
+
+bool Options::hasTask() const
+{
+    return !commandFile.isEmpty() || !editorFile.isEmpty() || !screenshotFile.isEmpty();
+}
+
+OptionsResult parseOptions(const QStringList &arguments, Options &options, QString &message)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        tr("Runs the terminals of the tarnControl console against a simulated high-voltage system. "
+           "Nothing here reaches hardware."));
+    const QString file = tr("file");
+    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption version = parser.addVersionOption();
+    parser.addOptions({
+        {QStringLiteral("plugin"), tr("Load this plug-in instead of the one that belongs here."), file},
+        {QStringLiteral("config-dir"), tr("Keep layout and settings in this folder."), tr("folder")},
+        {QStringLiteral("run-command-file"), tr("Execute a command file and print the transcript."), file},
+        {QStringLiteral("controller"), tr("Send the file's requests to this controller (the first)."),
+         tr("name")},
+        {QStringLiteral("editor-file"), tr("Show a file in the command terminal's editor."), file},
+        {QStringLiteral("screenshot"), tr("Save a picture of the window, after the file if there is one."),
+         file},
+        {QStringLiteral("quit-when-done"), tr("End the program once file and picture are done.")},
+        {QStringLiteral("latency"), tr("Answering time of the simulated service, 0 to 60000 ms."), tr("ms")},
+    });
+
+    if (!parser.parse(arguments)) {
+        message = parser.errorText();
+        return OptionsResult::Refuse;
+    }
+    if (parser.isSet(help)) {
+        message = parser.helpText();
+        return OptionsResult::Inform;
+    }
+    if (parser.isSet(version)) {
+        message =
+            QCoreApplication::applicationName() + QLatin1Char(' ') + QCoreApplication::applicationVersion();
+        return OptionsResult::Inform;
+    }
+    message = complaint(parser);
+    if (!message.isEmpty())
+        return OptionsResult::Refuse;
+
+    options.pluginFile = parser.value(QStringLiteral("plugin"));
+    options.configDir = parser.value(QStringLiteral("config-dir"));
+    options.commandFile = parser.value(QStringLiteral("run-command-file"));
+    options.controller = parser.value(QStringLiteral("controller"));
+    options.editorFile = parser.value(QStringLiteral("editor-file"));
+    options.screenshotFile = parser.value(QStringLiteral("screenshot"));
+    options.quitWhenDone = parser.isSet(QStringLiteral("quit-when-done"));
+    if (parser.isSet(QStringLiteral("latency"))) {
+        const QString text = parser.value(QStringLiteral("latency"));
+        bool isNumber = false;
+        options.latency = text.toInt(&isNumber);
+        if (!isNumber || options.latency < 0 || options.latency > LatencyLimit) {
+            message = tr("--latency \"%1\" is not a number of ms from 0 to %2.").arg(text).arg(LatencyLimit);
+            return OptionsResult::Refuse;
+        }
+    }
+    return OptionsResult::Run;
+}
+
+} // namespace workbench

@@ -1,0 +1,230 @@
+#include "workbench/app/system_view.h"
+
+#include "workbench/app/system_model.h"
+
+#include <QDrag>
+#include <QHeaderView>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScrollBar>
+
+#include <functional>
+
+namespace workbench
+{
+
+namespace
+{
+
+/// Calls `visit` for every row below `parent`.
+void forEachRow(const QAbstractItemModel &model, const QModelIndex &parent,
+                const std::function<void(const QModelIndex &)> &visit)
+{
+    for (int row = 0; row < model.rowCount(parent); ++row) {
+        const QModelIndex index = model.index(row, 0, parent);
+        visit(index);
+        forEachRow(model, index, visit);
+    }
+}
+
+/// What follows the pointer during a drag: the object's name, and how many more there are.
+QPixmap dragPicture(const QString &text, const QWidget &widget)
+{
+    const QFontMetrics metrics(widget.font());
+    const int margin = metrics.height() / 3;
+    const QSize size(metrics.horizontalAdvance(text) + 2 * margin, metrics.height() + margin);
+    QPixmap pixmap(size * widget.devicePixelRatioF());
+    pixmap.setDevicePixelRatio(widget.devicePixelRatioF());
+    pixmap.fill(widget.palette().color(QPalette::Highlight));
+    QPainter painter(&pixmap);
+    painter.setFont(widget.font());
+    painter.setPen(widget.palette().color(QPalette::HighlightedText));
+    painter.drawText(QRect(QPoint(0, 0), size), Qt::AlignCenter, text);
+    return pixmap;
+}
+
+} // namespace
+
+SystemView::SystemView(SystemModel &model, QWidget *parent) : QTreeView(parent), system(model)
+{
+    setObjectName(QStringLiteral("systemView"));
+    setAccessibleName(tr("System"));
+    setModel(&model);
+    setUniformRowHeights(true);
+    setAlternatingRowColors(true);
+    setAllColumnsShowFocus(true);
+    setSelectionMode(ExtendedSelection);
+    setDragEnabled(true);
+    setDragDropMode(DragOnly);
+    layOutColumns();
+    expandNewRows({});
+
+    connect(&model, &QAbstractItemModel::modelAboutToBeReset, this, &SystemView::rememberRows);
+    connect(&model, &QAbstractItemModel::modelReset, this, &SystemView::restoreRows);
+    connect(this, &QAbstractItemView::activated, this,
+            [this](const QModelIndex &index) { Q_EMIT itemActivated(system.idAt(index)); });
+    connect(this, &QAbstractItemView::clicked, this, [this](const QModelIndex &index) {
+        if (!chosenByPress)
+            choose(index);
+    });
+
+    interval.setInterval(RefreshInterval);
+    connect(&interval, &QTimer::timeout, this, &SystemView::refreshVisible);
+    soon.setSingleShot(true);
+    soon.setInterval(0);
+    connect(&soon, &QTimer::timeout, this, &SystemView::refreshVisible);
+    const auto refreshSoon = [this] { soon.start(); };
+    connect(this, &QTreeView::expanded, &soon, refreshSoon);
+    connect(this, &QTreeView::collapsed, &soon, refreshSoon);
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, &soon, refreshSoon);
+    connect(&model, &QAbstractItemModel::modelReset, &soon, refreshSoon);
+}
+
+QModelIndexList SystemView::visibleRows() const
+{
+    QModelIndexList rows;
+    const int bottom = viewport()->height();
+    for (QModelIndex index = indexAt(QPoint(0, 0)); index.isValid(); index = indexBelow(index)) {
+        if (visualRect(index).top() >= bottom)
+            break;
+        rows.append(index);
+    }
+    return rows;
+}
+
+void SystemView::refreshVisible()
+{
+    system.refresh(visibleRows());
+}
+
+QSize SystemView::sizeHint() const
+{
+    return {header()->length() + 2 * frameWidth() + verticalScrollBar()->sizeHint().width(),
+            fontMetrics().height() * 24};
+}
+
+void SystemView::currentChanged(const QModelIndex &current, const QModelIndex &previous)
+{
+    QTreeView::currentChanged(current, previous);
+    if (restoring || !current.isValid())
+        return;
+    chosenByPress = true;
+    choose(current);
+}
+
+void SystemView::mousePressEvent(QMouseEvent *event)
+{
+    chosenByPress = false;
+    QTreeView::mousePressEvent(event);
+}
+
+void SystemView::resizeEvent(QResizeEvent *event)
+{
+    QTreeView::resizeEvent(event);
+    soon.start();
+}
+
+void SystemView::showEvent(QShowEvent *event)
+{
+    QTreeView::showEvent(event);
+    interval.start();
+    soon.start();
+}
+
+void SystemView::hideEvent(QHideEvent *event)
+{
+    QTreeView::hideEvent(event);
+    interval.stop();
+}
+
+void SystemView::startDrag(Qt::DropActions supportedActions)
+{
+    const QModelIndexList rows = selectionModel()->selectedRows();
+    QMimeData *payload = model()->mimeData(rows);
+    if (!payload)
+        return;
+    auto *drag = new QDrag(this); // Qt deletes it, and the payload, after the drop
+    drag->setMimeData(payload);
+    const QString first = rows.constFirst().data().toString();
+    drag->setPixmap(dragPicture(
+        rows.size() == 1 ? first : tr("%1 and %n more", nullptr, rows.size() - 1).arg(first), *this));
+    drag->exec(supportedActions, Qt::CopyAction);
+}
+
+void SystemView::layOutColumns()
+{
+    // Wide enough for the longest value, so that nothing moves while values change.
+    const QFontMetrics metrics = fontMetrics();
+    const int margin = 2 * metrics.horizontalAdvance(QLatin1Char('m'));
+    const auto fit = [&](int column, const QString &longest) {
+        const QString title = model()->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
+        const int width = std::max(metrics.horizontalAdvance(longest), metrics.horizontalAdvance(title));
+        setColumnWidth(column, width + margin);
+    };
+    fit(SystemModel::VoltageSetColumn, voltageText(-8888));
+    fit(SystemModel::VoltageMeasureColumn, voltageText(-8888));
+    fit(SystemModel::CurrentMeasureColumn, currentText(-888.888e-6));
+    setColumnWidth(SystemModel::NameColumn,
+                   4 * indentation() + metrics.horizontalAdvance(tr("Channel 88")) + margin);
+    header()->setStretchLastSection(true);
+    header()->setSectionsMovable(false);
+}
+
+void SystemView::rememberRows()
+{
+    forEachRow(system, {}, [this](const QModelIndex &index) {
+        const QString key = system.keyAt(index);
+        knownKeys.insert(key);
+        // What has vanished for a while keeps its last state.
+        if (isExpanded(index))
+            expandedKeys.insert(key);
+        else
+            expandedKeys.remove(key);
+    });
+    selectedKeys.clear();
+    const QModelIndexList selected = selectionModel()->selectedRows();
+    for (const QModelIndex &index : selected)
+        selectedKeys.insert(system.keyAt(index));
+    currentKey = system.keyAt(currentIndex());
+}
+
+void SystemView::restoreRows()
+{
+    restoring = true; // what the operator chose before is not chosen again
+    expandNewRows({});
+    for (const QString &key : qAsConst(expandedKeys)) {
+        const QModelIndex index = system.indexOf(key);
+        if (index.isValid())
+            expand(index);
+    }
+    const QModelIndex current = system.indexOf(currentKey);
+    if (current.isValid())
+        selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
+    for (const QString &key : qAsConst(selectedKeys)) {
+        const QModelIndex index = system.indexOf(key);
+        if (index.isValid())
+            selectionModel()->select(index, QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    }
+    restoring = false;
+}
+
+void SystemView::expandNewRows(const QModelIndex &parent)
+{
+    for (int row = 0; row < system.rowCount(parent); ++row) {
+        const QModelIndex index = system.index(row, SystemModel::NameColumn, parent);
+        // Modules open one at a time: the first shows what there is to see.
+        const bool isNew = !knownKeys.contains(system.keyAt(index));
+        const bool isModule = system.idAt(index).type == OrbItemId::Module;
+        if (isNew && (!isModule || row == 0))
+            expand(index);
+        expandNewRows(index);
+    }
+}
+
+void SystemView::choose(const QModelIndex &index)
+{
+    Q_EMIT itemChosen(system.idAt(index));
+}
+
+} // namespace workbench

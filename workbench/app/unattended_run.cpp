@@ -1,0 +1,158 @@
+#include "workbench/app/unattended_run.h"
+
+#include "hostsdk/kd_plugin_widget.h"
+#include "workbench/app/main_window.h"
+#include "workbench/app/system_view.h"
+#include "workbench/app/terminal_driver.h"
+#include "workbench/app/tool_docks.h"
+#include "workbench/app/tool_host.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QPixmap>
+#include <QTextStream>
+
+namespace workbench
+{
+
+namespace
+{
+
+constexpr int PollInterval = 20; // ms
+
+/// Reads a whole text file; false with the reason in `error`.
+bool readFile(const QString &path, QString &text, QString &error)
+{
+    QFile file(path);
+    if (QFileInfo(path).isDir()) {
+        error = UnattendedRun::tr("it is a folder");
+        return false;
+    }
+    if (!file.open(QIODevice::ReadOnly)) {
+        error = file.errorString();
+        return false;
+    }
+    text = QString::fromUtf8(file.readAll());
+    error = file.errorString();
+    return file.error() == QFileDevice::NoError;
+}
+
+} // namespace
+
+UnattendedRun::UnattendedRun(const Options &options_, MainWindow &window_, QTextStream &out_,
+                             QTextStream &err_, QObject *parent)
+    : QObject(parent), options(options_), window(window_), out(out_), err(err_)
+{
+    poll.setInterval(PollInterval);
+    connect(&poll, &QTimer::timeout, this, [this] { (this->*step)(); });
+}
+
+UnattendedRun::~UnattendedRun() = default;
+
+void UnattendedRun::start()
+{
+    const QString path = options.commandFile.isEmpty() ? options.editorFile : options.commandFile;
+    QString error;
+    if (!path.isEmpty() && !readFile(path, fileText, error)) {
+        fail(tr("The file \"%1\" cannot be read: %2.").arg(QDir::toNativeSeparators(path), error));
+        return;
+    }
+    if (!options.commandFile.isEmpty() && !fileText.isEmpty() && !fileText.endsWith(QLatin1Char('\n'))
+        && !fileText.endsWith(QLatin1Char('\r'))) {
+        err << tr("Note: the last line of \"%1\" has no line feed and is therefore not executed.")
+                   .arg(QDir::toNativeSeparators(path))
+            << QLatin1Char('\n');
+    }
+    if (!openTerminal())
+        return;
+    step = &UnattendedRun::waitForControllers;
+    controllerDeadline.setRemainingTime(ControllerTime);
+    poll.start();
+}
+
+bool UnattendedRun::openTerminal()
+{
+    ToolHost &host = window.toolHost();
+    const QVector<quint32> classes = host.toolClasses();
+    if (classes.isEmpty() || !window.toolDocks().open(classes.constFirst())) {
+        fail(tr("The plug-in has no command terminal that could be opened."));
+        return false;
+    }
+    driver = std::make_unique<TerminalDriver>(*host.tool(classes.constFirst()));
+    const QString missing = driver->missingControl();
+    if (!missing.isEmpty()) {
+        fail(tr("The tool \"%1\" cannot be operated: it has no \"%2\".")
+                 .arg(host.title(classes.constFirst()), missing));
+        return false;
+    }
+    return true;
+}
+
+void UnattendedRun::waitForControllers()
+{
+    if (!driver->knowsControllers() && !controllerDeadline.hasExpired())
+        return;
+    QString error;
+    if (!driver->chooseController(options.controller, error)) {
+        fail(error);
+        return;
+    }
+    begin();
+}
+
+void UnattendedRun::begin()
+{
+    if (!options.commandFile.isEmpty()) {
+        driver->edit(fileText);
+        driver->execute();
+    } else if (!options.editorFile.isEmpty()) {
+        driver->edit(fileText);
+    }
+    step = &UnattendedRun::waitForEnd;
+}
+
+void UnattendedRun::waitForEnd()
+{
+    if (driver->isBusy())
+        return;
+    if (!options.commandFile.isEmpty()) {
+        const QString transcript = driver->transcript();
+        out << transcript << (transcript.endsWith(QLatin1Char('\n')) ? "" : "\n");
+    }
+    window.systemView().refreshVisible();
+    // One more turn, so that everything that the last answer caused is laid out.
+    step = &UnattendedRun::takePicture;
+}
+
+void UnattendedRun::takePicture()
+{
+    if (options.screenshotFile.isEmpty()) {
+        end(0);
+        return;
+    }
+    const QString shown = QDir::toNativeSeparators(QFileInfo(options.screenshotFile).absoluteFilePath());
+    QDir().mkpath(QFileInfo(options.screenshotFile).absolutePath());
+    if (!window.grab().save(options.screenshotFile)) {
+        fail(tr("The picture could not be saved as \"%1\".").arg(shown));
+        return;
+    }
+    out << tr("Picture saved as %1").arg(shown) << QLatin1Char('\n');
+    end(0);
+}
+
+void UnattendedRun::end(int exitCode)
+{
+    poll.stop();
+    out.flush();
+    err.flush();
+    Q_EMIT finished(exitCode);
+}
+
+void UnattendedRun::fail(const QString &text)
+{
+    err << text << QLatin1Char('\n');
+    end(1);
+}
+
+} // namespace workbench
