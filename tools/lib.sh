@@ -32,6 +32,20 @@ step() {
     return "$status"
 }
 
+# tracked PATTERN...: leaves the files under version control in the array tracked_files. No name holds a line feed.
+tracked_files=()
+tracked() {
+    local list
+    if ! list=$(git -C "$root" ls-files -- "$@"); then
+        complain "listing the files under version control" "git -C '$root' status must work"
+        return 1
+    fi
+    tracked_files=()
+    if [[ -n $list ]]; then
+        mapfile -t tracked_files <<<"$list"
+    fi
+}
+
 # configure_and_build PRESET [TARGET...]: incremental, in build/<preset>.
 configure_and_build() {
     local preset=$1
