@@ -1,4 +1,4 @@
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2034
 # Shared by the scripts in this folder and by .ci/run; sourced, never run.
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
