@@ -1,6 +1,7 @@
 #include "command_terminal/terminal_console_completer_contents.h"
 
 #include "command_terminal/terminal_console.h"
+#include "command_terminal/text_width.h"
 
 #include <QFontMetrics>
 #include <QMouseEvent>
@@ -22,6 +23,9 @@ TerminalConsoleCompleterContents::TerminalConsoleCompleterContents(QWidget *pare
     : QWidget(parent), lineHeight(fontMetrics().height()), ascent(fontMetrics().ascent()), console(owner)
 {
     setFocusPolicy(Qt::NoFocus);
+    QFont withoutKerning = font(); // of a long list only some candidates must be measured then
+    withoutKerning.setKerning(false);
+    setFont(withoutKerning);
 }
 
 TerminalConsoleCompleterContents::~TerminalConsoleCompleterContents() = default;
@@ -33,10 +37,7 @@ void TerminalConsoleCompleterContents::setCandidates(const QStringList &list)
     const QFontMetrics metrics = fontMetrics();
     lineHeight = metrics.height();
     ascent = metrics.ascent();
-    int widest = 0;
-    for (const QString &text : std::as_const(candidates))
-        widest = std::max(widest,
-                          metrics.boundingRect(0, 0, 1000, 1000, Qt::AlignLeft | Qt::AlignTop, text).width());
+    const int widest = command_terminal::TextWidth(font()).widest(candidates);
     resize(widest + 2 * MarginPixels, candidates.size() * lineHeight + 2 * MarginPixels);
     update();
 }

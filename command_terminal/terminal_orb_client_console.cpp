@@ -220,6 +220,7 @@ bool TerminalOrbClientConsole::takeNextLine()
     }
     const QString line = fileText.mid(filePos, lineEnd - filePos).trimmed();
     filePos = lineEnd + 1;
+    Q_EMIT fileLineTaken();
     typeLine(line);
     return true;
 }
@@ -270,8 +271,8 @@ void TerminalOrbClientConsole::stopExecution()
 void TerminalOrbClientConsole::reportExecution()
 {
     const bool active = waiting || fileRunning;
-    if (active == reportedActive)
-        return;
-    reportedActive = active;
-    Q_EMIT executionChanged(active);
+    if (active != reportedActive) {
+        reportedActive = active;
+        Q_EMIT executionChanged(active);
+    }
 }

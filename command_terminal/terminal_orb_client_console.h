@@ -42,6 +42,9 @@ Q_SIGNALS:
     /// Something began (true) or ended (false) that stopExecution can stop.
     void executionChanged(bool active);
 
+    /// A line of a command file is about to be executed; thousands may follow each other within a second.
+    void fileLineTaken();
+
 protected:
     void timerEvent(QTimerEvent *event) override;
 

@@ -1,5 +1,6 @@
 #include "command_terminal/terminal_widget.h"
 
+#include "command_terminal/refresh_limiter.h"
 #include "command_terminal/terminal_command_generation.h"
 #include "command_terminal/terminal_file_editor.h"
 #include "command_terminal/terminal_orb_client_console.h"
@@ -58,6 +59,9 @@ TerminalWidget::TerminalWidget(QWidget *parent, TerminalPluginState *state, KdMa
     stopShortcut->setEnabled(false);
     connect(stopShortcut, &QShortcut::activated, console, &TerminalOrbClientConsole::stopExecution);
     connect(console, &TerminalOrbClientConsole::executionChanged, stopShortcut, &QShortcut::setEnabled);
+    auto *refreshLimiter = new command_terminal::RefreshLimiter(this);
+    connect(console, &TerminalOrbClientConsole::fileLineTaken, refreshLimiter,
+            &command_terminal::RefreshLimiter::holdBack);
     console->installEventFilter(this);
     editor->installEventFilter(this);
 }
