@@ -19,7 +19,8 @@ function(terminal_test name)
   target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}")
   target_link_libraries(${target} PRIVATE ${arg_LINK} Qt5::Test)
   target_compile_definitions(${target} PRIVATE ${arg_DEFINITIONS})
-  add_test(NAME ${arg_LABEL}.${name} COMMAND ${target} ${arg_ARGUMENTS})
+  # -silent leaves out what passed, so that a failure is not buried in it.
+  add_test(NAME ${arg_LABEL}.${name} COMMAND ${target} -silent ${arg_ARGUMENTS})
   set_tests_properties(${arg_LABEL}.${name} PROPERTIES
     LABELS ${arg_LABEL}
     TIMEOUT ${arg_TIMEOUT}
