@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QtAlgorithms>
+#include <QtGlobal>
+
+namespace simulator
+{
+
+/// Keeps what happened until somebody clears it. Conditions are bits.
+/// The counters count what was raised since the last clearing; what is already pending is not counted again.
+class ConditionLatch
+{
+public:
+    void raiseEvents(quint32 conditions)
+    {
+        eventCounter += qPopulationCount(conditions & ~pendingEvents);
+        pendingEvents |= conditions;
+    }
+
+    void raiseErrors(quint32 conditions)
+    {
+        errorCounter += qPopulationCount(conditions & ~pendingErrors);
+        pendingErrors |= conditions;
+    }
+
+    void clearEvents()
+    {
+        pendingEvents = 0;
+        eventCounter = 0;
+    }
+
+    void clearErrors()
+    {
+        pendingErrors = 0;
+        errorCounter = 0;
+    }
+
+    quint32 events() const { return pendingEvents; }
+    quint32 errors() const { return pendingErrors; }
+    quint32 eventCount() const { return eventCounter; }
+    quint32 errorCount() const { return errorCounter; }
+
+private:
+    quint32 pendingEvents = 0;
+    quint32 pendingErrors = 0;
+    quint32 eventCounter = 0;
+    quint32 errorCounter = 0;
+};
+
+} // namespace simulator

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "workbench/simulator/item_definition.h"
+
+#include <QHash>
+#include <QString>
+#include <QVector>
+
+namespace simulator
+{
+
+/// The items of one level, found by name. Made once for each level and never changed: any thread may read it.
+class ItemTable
+{
+public:
+    /// `rows` is not owned and outlives the table.
+    template <std::size_t Size>
+    explicit ItemTable(const ItemDefinition (&tableRows)[Size]) : ItemTable(tableRows, static_cast<int>(Size))
+    { }
+
+    /// Null when the level has no item of that name.
+    const ItemDefinition *find(const QString &name) const;
+
+    /// In the table's order.
+    const QVector<QString> &names(bool writableOnly) const;
+
+    /// The unit of one of this table's rows as a text that is shared, not made anew.
+    const QString &unit(const ItemDefinition &item) const;
+
+private:
+    ItemTable(const ItemDefinition *tableRows, int count);
+
+    const ItemDefinition *const rows;
+    QHash<QString, int> index;
+    QVector<QString> allNames;
+    QVector<QString> writableNames;
+    QVector<QString> units;
+};
+
+} // namespace simulator

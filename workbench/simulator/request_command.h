@@ -1,0 +1,26 @@
+#pragma once
+
+#include "workbench/simulator/controller.h"
+
+#include <QString>
+
+namespace simulator
+{
+
+/// One command of a raw request. Plain data.
+struct RequestCommand
+{
+    enum Kind
+    {
+        GetItem,
+        SetItem
+    };
+
+    Kind kind = GetItem;
+    ObjectAddress object;
+    QString item;
+    QString value; ///< of a set
+    QString unit; ///< of a set; empty for the item's own
+};
+
+} // namespace simulator

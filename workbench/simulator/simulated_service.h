@@ -1,0 +1,120 @@
+#pragma once
+
+#include "workbench/hostkit/orb_backend.h"
+#include "workbench/simulator/answer_queue.h"
+#include "workbench/simulator/connection_table.h"
+#include "workbench/simulator/listener_gate.h"
+#include "workbench/simulator/plant_layout.h"
+#include "workbench/simulator/request_command.h"
+#include "workbench/simulator/simulation_clock.h"
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <mutex>
+
+namespace simulator
+{
+
+/// A simulated high-voltage system behind the seam that the client speaks to. Every operation may be called from any
+/// thread. The listener is called on the thread that caused it, raw messages always on a thread of the service's own.
+///
+/// Chosen for the simulation, beyond what OrbBackend says:
+/// - Wherever a connection or controller is named, its display text will do as well.
+/// - The items of an object are those of its level, whether or not the object exists, and a line has the system's. So
+///   itemNames() also answers an identifier that says no more than a level, as a form that is being filled in does.
+/// - An item that can only be written is Denied to a reader. A value that does not fit is Failed.
+/// - A connection opened to an address that no controller has gets the first controller, so that a script written for
+///   the real system can be rehearsed as it stands. Any login will do. A name that is already open is Failed.
+/// - A raw request is carried out when its latency is over; that is also when its values are taken. Its commands are
+///   carried out in order up to the first that does not succeed; the one trigger message of a request says how that
+///   one went, and values read before it are not sent. See answer_text.h for the data.
+/// - A controller that goes away, or a connection that is closed, takes its outstanding requests with it: they are
+///   neither carried out nor answered.
+/// - A reading of "Status.connectedClients" counts the open connections to the controller.
+class SimulatedService final : public OrbBackend
+{
+public:
+    static constexpr std::chrono::milliseconds DefaultLatency{5};
+
+    /// In real time, with the plant that PlantLayout::rehearsal() describes.
+    SimulatedService();
+    /// `plantClock` is never null; it is shared, so that a test can step it.
+    explicit SimulatedService(std::shared_ptr<const SimulationClock> plantClock,
+                              const PlantLayout &layout = PlantLayout::rehearsal());
+    /// Drops what is outstanding. Never called from inside a call to the listener.
+    ~SimulatedService() override;
+    SimulatedService(const SimulatedService &) = delete;
+    SimulatedService &operator=(const SimulatedService &) = delete;
+
+    /// Between a raw request and its answer, in real time; 0 or more. Holds for requests from now on. Answers keep the
+    /// order of their requests all the same.
+    void setLatency(std::chrono::milliseconds latency);
+    std::chrono::milliseconds latency() const;
+
+    /// Takes a controller away or brings it back; the listener hears of it. False when there is no such controller.
+    bool setControllerAvailable(const QString &name, bool available);
+    bool isControllerAvailable(const QString &name) const;
+    /// All controllers, also those that are away: name and display text.
+    QVector<QPair<QString, QString>> allControllers() const;
+
+    /// Hands a request to the script that activated the pass-through. Failed when none did, or too many wait.
+    TarnResult injectPassThroughMessage(const QString &connectionName, const OrbRequestItem &request);
+    /// What the script sent since the last call, in order.
+    QVector<OrbItemValue> takeSentPassThroughMessages(const QString &connectionName);
+    /// The script that activated the pass-through; empty when none did.
+    QString passThroughScript(const QString &connectionName) const;
+
+    void setListener(OrbBackendListener *listener) override;
+
+    TarnResult openConnection(const QString &connectionName, const QString &address, const QString &login,
+                              const QString &password) override;
+    TarnResult closeConnection(const QString &connectionName) override;
+    QVector<QPair<QString, QString>> controllers() const override;
+    int connectionIndex(const QString &connectionName) const override;
+    bool isLocal(const QString &connectionName) const override;
+
+    bool crates(const QString &connectionName, QVector<OrbItemId> &ids) const override;
+    bool modules(const QString &connectionName, QVector<OrbItemId> &ids) const override;
+    bool crateModules(const OrbItemId &crate, QVector<OrbItemId> &ids) const override;
+    bool itemNames(const OrbItemId &id, bool writableOnly, QVector<QString> &names) const override;
+
+    TarnResult readItem(const OrbItemId &id, OrbItemReading &reading) override;
+    TarnResult writeItem(const OrbItemId &id, const QString &value) override;
+    bool rawRequest(const QString &controller, const QString &request, QString &reply) override;
+
+    TarnResult activatePassThrough(const QString &connectionName, const QString &scriptName) override;
+    TarnResult takePassThroughMessage(const QString &connectionName, OrbRequestItem &request) override;
+    TarnResult takePassThroughMessages(const QString &connectionName,
+                                       QVector<OrbRequestItem> &requests) override;
+    TarnResult sendPassThroughMessages(const QString &connectionName,
+                                       const QVector<OrbItemValue> &values) override;
+
+    /// 0 to 2; any other level is Failed. From 1 on the listener's log gets refused requests, from 2 on every request.
+    TarnResult setDebugLevel(int level) override;
+
+private:
+    using Guard = std::lock_guard<std::mutex>;
+
+    /// Null when there is none. Expects the plant to be locked; the operations below expect it not to be.
+    Connection *usableConnection(const QString &name) const;
+    /// Calls the function with the connection, locked; or says why there is none to be used.
+    template <class Name, class Function>
+    TarnResult onConnection(const Name &nameOrId, Function function) const;
+    TarnResult write(const OrbItemId &id, const ObjectAddress &object, const QString &value,
+                     const QString &unit);
+    void answer(const QString &connectionName, const QVector<RequestCommand> &commands);
+    TarnResult carryOut(const QString &connectionName, const RequestCommand &command, QStringList &data);
+    void log(int debugLevelNeeded, const QString &text);
+    void notifyStructureChanged();
+
+    const std::shared_ptr<const SimulationClock> clock;
+    mutable std::mutex plantMutex;
+    ConnectionTable connections; // guarded by plantMutex
+    std::atomic<qint64> latencyMilliseconds{DefaultLatency.count()};
+    std::atomic<int> debugLevel{0};
+    ListenerGate listeners;
+    AnswerQueue answers; // the last member: its thread uses the others
+};
+
+} // namespace simulator
