@@ -29,6 +29,10 @@ add_compile_definitions(
 
 if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
   add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wcast-qual -Wold-style-cast)
+  if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    # qCWarning(category) << ... is what Qt's manual says, and its macro is called without variadic arguments.
+    add_compile_options(-Wno-gnu-zero-variadic-macro-arguments)
+  endif()
   add_link_options(-Wl,--no-undefined -Wl,--as-needed)
   if(TERMINAL_WARNINGS_AS_ERRORS)
     add_compile_options(-Werror)
@@ -36,6 +40,8 @@ if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
 endif()
 
 if(TERMINAL_SANITIZERS)
+  # An optimised build, but one that is made to find mistakes.
+  add_compile_definitions(QT_FORCE_ASSERTS)
   add_compile_options(-fsanitize=${TERMINAL_SANITIZERS} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${TERMINAL_SANITIZERS})
   # clang resolves the sanitizer's own symbols at run time, so libraries are undefined without it.

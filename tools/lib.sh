@@ -46,7 +46,7 @@ tracked() {
     fi
 }
 
-# configure_and_build PRESET [TARGET...]: incremental, in build/<preset>.
+# configure_and_build PRESET [TARGET...]: incremental, in build/<preset>. It goes on after an error, to show all of them.
 configure_and_build() {
     local preset=$1
     shift
@@ -59,5 +59,5 @@ configure_and_build() {
         cmake -S "$root" --preset "$preset" -Wno-dev || return
     step "Building (preset $preset, $jobs at a time)" \
         "read the first error above. When only this machine is short of memory: taskset -c 0 $0" \
-        cmake --build "$root/build/$preset" --parallel "$jobs" "${targets[@]}"
+        cmake --build "$root/build/$preset" --parallel "$jobs" "${targets[@]}" -- -k 0
 }
