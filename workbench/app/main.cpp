@@ -1,18 +1,18 @@
+#include "hostclient/dl_data_access.h"
+#include "hostsdk/kd_main_data.h"
 #include "workbench/app/main_window.h"
 #include "workbench/app/options.h"
 #include "workbench/app/plugin_library.h"
 #include "workbench/app/settings_store.h"
 #include "workbench/app/unattended_run.h"
-
-#include "hostclient/dl_data_access.h"
-#include "hostsdk/kd_main_data.h"
 #include "workbench/simulator/simulated_service.h"
 
 #include <QApplication>
 #include <QMessageBox>
 #include <QStandardPaths>
-#include <QStyleFactory>
 #include <QTextStream>
+
+#include <chrono>
 
 namespace
 {
@@ -30,7 +30,7 @@ int run(const workbench::Options &options, QTextStream &out, QTextStream &err)
     // In this order, so that they go in the other: window and tools, plug-in, client, service.
     simulator::SimulatedService service;
     if (options.latency >= 0)
-        service.setLatency(options.latency);
+        service.setLatency(std::chrono::milliseconds(options.latency));
     DlDataAccess dataAccess(service);
     KdMainData mainData(&dataAccess);
 

@@ -6,7 +6,6 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QSettings>
 
 namespace workbench
 {
@@ -17,6 +16,26 @@ namespace
 QString tr(const char *text)
 {
     return QCoreApplication::translate("SettingsStore", text);
+}
+
+const QLatin1String GeometryName("geometry");
+const QLatin1String StateName("state");
+const QLatin1String SystemColumnsName("systemColumns");
+const QLatin1String OpenToolsName("openTools");
+
+KdPluginConfiguration node(QLatin1String name, const QVariant &value)
+{
+    KdPluginConfiguration configuration;
+    configuration.name = name;
+    configuration.value = value;
+    configuration.saved = true;
+    return configuration;
+}
+
+QVariant valueOf(const KdPluginConfiguration &tree, QLatin1String name)
+{
+    const KdPluginConfiguration *child = tree.findChild(name);
+    return child ? child->value : QVariant();
 }
 
 } // namespace
@@ -30,7 +49,7 @@ QString SettingsStore::configurationFile() const
 
 QString SettingsStore::layoutFile() const
 {
-    return path(QStringLiteral("layout.ini"));
+    return path(QStringLiteral("layout.json"));
 }
 
 QString SettingsStore::loadConfiguration(KdPluginConfiguration &tree) const
@@ -64,15 +83,14 @@ QString SettingsStore::saveConfiguration(const KdPluginConfiguration &tree) cons
 WindowLayout SettingsStore::loadLayout() const
 {
     WindowLayout layout;
-    if (folder.isEmpty())
+    KdPluginConfiguration tree;
+    if (folder.isEmpty() || !hostkit::loadConfiguration(tree, layoutFile(), nullptr))
         return layout;
-    const QSettings settings(layoutFile(), QSettings::IniFormat);
-    layout.geometry = settings.value(QStringLiteral("window/geometry")).toByteArray();
-    layout.state = settings.value(QStringLiteral("window/state")).toByteArray();
-    layout.systemColumns = settings.value(QStringLiteral("system/columns")).toByteArray();
-    layout.openTools = settings.value(QStringLiteral("tools/open")).toStringList();
-    // Anything less than a whole layout is none.
-    layout.saved = settings.status() == QSettings::NoError && !layout.state.isEmpty();
+    layout.geometry = valueOf(tree, GeometryName).toByteArray();
+    layout.state = valueOf(tree, StateName).toByteArray();
+    layout.systemColumns = valueOf(tree, SystemColumnsName).toByteArray();
+    layout.openTools = valueOf(tree, OpenToolsName).toStringList();
+    layout.saved = !layout.state.isEmpty(); // anything less than a whole layout is none
     return layout;
 }
 
@@ -80,15 +98,15 @@ QString SettingsStore::saveLayout(const WindowLayout &layout) const
 {
     if (folder.isEmpty())
         return {};
-    QSettings settings(layoutFile(), QSettings::IniFormat);
-    settings.setValue(QStringLiteral("window/geometry"), layout.geometry);
-    settings.setValue(QStringLiteral("window/state"), layout.state);
-    settings.setValue(QStringLiteral("system/columns"), layout.systemColumns);
-    settings.setValue(QStringLiteral("tools/open"), layout.openTools);
-    settings.sync();
-    if (settings.status() == QSettings::NoError)
+    KdPluginConfiguration tree;
+    tree.pushChild(node(GeometryName, layout.geometry));
+    tree.pushChild(node(StateName, layout.state));
+    tree.pushChild(node(SystemColumnsName, layout.systemColumns));
+    tree.pushChild(node(OpenToolsName, layout.openTools));
+    QString error;
+    if (hostkit::saveConfiguration(tree, layoutFile(), &error))
         return {};
-    return tr("Layout not saved: \"%1\" cannot be written.").arg(QDir::toNativeSeparators(layoutFile()));
+    return tr("Layout not saved: %1").arg(error);
 }
 
 QString SettingsStore::path(const QString &fileName) const

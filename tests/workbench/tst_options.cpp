@@ -1,0 +1,122 @@
+#include "workbench/app/options.h"
+
+#include <QTest>
+
+using workbench::Options;
+using workbench::OptionsResult;
+using workbench::parseOptions;
+
+namespace
+{
+
+QStringList line(const QString &arguments)
+{
+    return QStringList(QStringLiteral("terminal-workbench"))
+        + arguments.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+
+} // namespace
+
+class TestOptions : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void nothingAskedFor()
+    {
+        Options options;
+        QString message;
+        QCOMPARE(parseOptions(line(QString()), options, message), OptionsResult::Run);
+        QVERIFY(!options.hasTask());
+        QVERIFY(!options.quitWhenDone);
+        QCOMPARE(options.latency, -1);
+    }
+
+    void everythingIsTaken()
+    {
+        Options options;
+        QString message;
+        QCOMPARE(parseOptions(line(QStringLiteral(
+                                  "--plugin p.so --config-dir c --run-command-file r.txt --controller k "
+                                  "--screenshot s.png --quit-when-done --latency 250")),
+                              options, message),
+                 OptionsResult::Run);
+        QCOMPARE(options.pluginFile, QStringLiteral("p.so"));
+        QCOMPARE(options.configDir, QStringLiteral("c"));
+        QCOMPARE(options.commandFile, QStringLiteral("r.txt"));
+        QCOMPARE(options.controller, QStringLiteral("k"));
+        QCOMPARE(options.screenshotFile, QStringLiteral("s.png"));
+        QVERIFY(options.quitWhenDone);
+        QCOMPARE(options.latency, 250);
+        QVERIFY(options.hasTask());
+    }
+
+    void refused_data()
+    {
+        QTest::addColumn<QString>("arguments");
+        QTest::addColumn<QString>("named"); // what the text names
+        const auto row = [](const char *name, const char *arguments, const char *named) {
+            QTest::newRow(name) << QString::fromLatin1(arguments) << QString::fromLatin1(named);
+        };
+        row("unknown option", "--plugins x", "plugins");
+        row("missing value", "--plugin", "plugin");
+        row("empty value", "--plugin=", "plugin");
+        row("stray argument", "ramp.txt", "ramp.txt");
+        row("latency no number", "--latency fast", "fast");
+        row("latency negative", "--latency=-1", "-1");
+        row("latency above the limit", "--latency 60001", "60000");
+        row("latency empty", "--latency=", "latency");
+        row("controller without file", "--controller left", "--run-command-file");
+        row("two files for one editor", "--run-command-file a --editor-file b", "--editor-file");
+    }
+
+    void refused()
+    {
+        QFETCH(QString, arguments);
+        QFETCH(QString, named);
+        Options options;
+        QString message;
+        QCOMPARE(parseOptions(line(arguments), options, message), OptionsResult::Refuse);
+        QVERIFY2(message.contains(named), qUtf8Printable(message));
+    }
+
+    void latencyAtItsLimits_data()
+    {
+        QTest::addColumn<int>("latency");
+        QTest::newRow("none") << 0;
+        QTest::newRow("longest") << 60000;
+    }
+
+    void latencyAtItsLimits()
+    {
+        QFETCH(int, latency);
+        Options options;
+        QString message;
+        QCOMPARE(parseOptions(line(QStringLiteral("--latency %1").arg(latency)), options, message),
+                 OptionsResult::Run);
+        QCOMPARE(options.latency, latency);
+    }
+
+    void informs_data()
+    {
+        QTest::addColumn<QString>("argument");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("help") << QStringLiteral("--help") << QStringLiteral("--run-command-file");
+        QTest::newRow("version") << QStringLiteral("--version") << QStringLiteral("7.8.9");
+    }
+
+    void informs()
+    {
+        QFETCH(QString, argument);
+        QFETCH(QString, text);
+        QCoreApplication::setApplicationVersion(QStringLiteral("7.8.9"));
+        Options options;
+        QString message;
+        QCOMPARE(parseOptions(line(argument), options, message), OptionsResult::Inform);
+        QVERIFY2(message.contains(text), qUtf8Printable(message));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestOptions)
+
+#include "tst_options.moc"
