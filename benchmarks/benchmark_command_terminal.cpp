@@ -20,6 +20,7 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <ctime>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -50,6 +51,19 @@ double secondsOf(const std::function<void()> &work)
     timer.start();
     work();
     return double(timer.nsecsElapsed()) * 1e-9;
+}
+
+/// Without the time that other programs had on a shared machine.
+double processorSecondsOf(const std::function<void()> &work)
+{
+    const auto now = [] {
+        timespec time = {};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return double(time.tv_sec) + double(time.tv_nsec) * 1e-9;
+    };
+    const double start = now();
+    work();
+    return now() - start;
 }
 
 double median(std::vector<double> values)
@@ -177,7 +191,7 @@ void runTenThousandRequests(benchmark::State &state)
 }
 BENCHMARK(runTenThousandRequests)->Iterations(1)->Unit(benchmark::kMillisecond);
 
-// One key press below 100,000 lines, in milliseconds: the median and the slowest of many.
+// One key press below 100,000 lines, in milliseconds of processor time: the median and the slowest of many.
 void pressKeyBelowHundredThousandLines(benchmark::State &state)
 {
     Host host;
@@ -187,7 +201,7 @@ void pressKeyBelowHundredThousandLines(benchmark::State &state)
     QApplication::processEvents();
     std::vector<double> times;
     for (auto _ : state) {
-        times.push_back(secondsOf([&] { QTest::keyClick(console.get(), Qt::Key_A); }));
+        times.push_back(processorSecondsOf([&] { QTest::keyClick(console.get(), Qt::Key_A); }));
         state.PauseTiming();
         if (times.size() % 60 == 0)
             console->removeInput();
@@ -200,14 +214,15 @@ void pressKeyBelowHundredThousandLines(benchmark::State &state)
 }
 BENCHMARK(pressKeyBelowHundredThousandLines)->Iterations(500)->Unit(benchmark::kMillisecond);
 
-// 5,000 candidates until the popup is on the screen.
+// 5,000 candidates, wider and wider, until the popup is on the screen.
 void showFiveThousandCandidates(benchmark::State &state)
 {
     Host host;
     const auto console = shownConsole(host);
     QStringList candidates;
     for (int i = 0; i < 5000; ++i)
-        candidates.append(QStringLiteral("getStatusVoltageMeasureWithTimestamp%1(").arg(i));
+        candidates.append(
+            QStringLiteral("get%1Voltage%2(").arg(QString(1 + i / 100, QLatin1Char('a'))).arg(i));
     std::vector<double> times;
     for (auto _ : state) {
         times.push_back(secondsOf([&] {

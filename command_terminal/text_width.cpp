@@ -3,6 +3,7 @@
 #include <QtMath>
 
 #include <algorithm>
+#include <vector>
 
 namespace command_terminal
 {
@@ -42,11 +43,19 @@ int TextWidth::upperBound(const QString &text) const
 
 int TextWidth::widest(const QStringList &texts) const
 {
-    int result = 0;
-    for (const QString &text : texts) {
-        const int bound = upperBound(text);
+    if (texts.isEmpty())
+        return 0;
+    std::vector<int> bounds;
+    bounds.reserve(static_cast<std::size_t>(texts.size()));
+    for (const QString &text : texts)
+        bounds.push_back(upperBound(text));
+    // The one that seems widest first: it rules out most of the others.
+    const auto seemsWidest = std::max_element(bounds.cbegin(), bounds.cend());
+    int result = measure(texts.at(static_cast<int>(seemsWidest - bounds.cbegin())));
+    for (int i = 0; i < texts.size(); ++i) {
+        const int bound = bounds.at(static_cast<std::size_t>(i));
         if (bound < 0 || bound > result)
-            result = std::max(result, measure(text));
+            result = std::max(result, measure(texts.at(i)));
     }
     return result;
 }
