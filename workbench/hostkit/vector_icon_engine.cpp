@@ -19,7 +19,7 @@ public:
     Pencil(QPainter &target, int sizeInPixels, const QColor &lineColor)
         : painter(target),
           scale(sizeInPixels / 24.0),
-          width(std::max(1, qRound(sizeInPixels / 16.0))),
+          width(std::max(1, qRound(sizeInPixels / 18.0))),
           color(lineColor)
     {
         QPen pen(color, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
@@ -91,13 +91,13 @@ void drawTextEditor(Pencil &pencil)
     pencil.draw({{7.5, 8}, {14.5, 8}});
     pencil.draw({{7.5, 12}, {12.5, 12}});
     pencil.draw({{7.5, 16}, {10, 16}});
-    pencil.drawClosed({{20, 10}, {22.5, 12.5}, {15, 20}, {12, 21}, {13, 17}});
+    pencil.drawClosed({{19.5, 10}, {22, 12.5}, {15, 19.5}, {12, 20.5}, {13, 16.5}});
 }
 
 void drawOpenFile(Pencil &pencil)
 {
     pencil.draw({{3, 20}, {3, 5}, {9, 5}, {11, 7.5}, {19, 7.5}, {19, 11}});
-    pencil.drawClosed({{3, 20}, {6.5, 11}, {22.5, 11}, {19, 20}});
+    pencil.drawClosed({{3, 20}, {6.5, 11}, {22, 11}, {19, 20}});
 }
 
 void drawSaveFile(Pencil &pencil)

@@ -1,0 +1,187 @@
+#include "hostclient/dl_data_access.h"
+
+#include "hostclient/orb_client.h"
+#include "tests/hostkit/recording_subscriber.h"
+#include "tests/support/recording_backend.h"
+
+#include <QThread>
+#include <QtTest>
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+class TestDlDataAccessThreads : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void deliversOnItsOwnThread();
+    void keepsTheOrderOfEachThread();
+    void subscribersComeAndGoWhileMessagesArrive();
+    void isCalledFromTwoThreads();
+    void endsWhileMessagesArrive();
+};
+
+namespace
+{
+
+std::unique_ptr<QThread> startThread(const std::function<void()> &work)
+{
+    std::unique_ptr<QThread> thread(QThread::create(work));
+    thread->start();
+    return thread;
+}
+
+const QString Name = QStringLiteral("c");
+
+} // namespace
+
+void TestDlDataAccessThreads::deliversOnItsOwnThread()
+{
+    RecordingBackend backend;
+    DlDataAccess dataAccess(backend);
+    RecordingSubscriber subscriber;
+    bool rightThread = true;
+    const auto look = [&] { rightThread = rightThread && QThread::currentThread() == thread(); };
+    subscriber.onQuery = look;
+    subscriber.onTold = [&](const QString &) { look(); };
+    dataAccess.subscribeRawMessage(&subscriber);
+    const auto worker = startThread([&] {
+        dataAccess.subscribeStructureChanged(&subscriber);
+        backend.sendRawMessage(Name, QStringLiteral("a"));
+        backend.sendStructureChanged(OrbItemId(OrbItemId::Line));
+        backend.sendValuesChanged(OrbItemId(OrbItemId::Line));
+        backend.sendStatusChanged(OrbItemId(OrbItemId::Line));
+        backend.sendLogMessage({QDateTime(), 1, QStringLiteral("x")});
+    });
+    QVERIFY(worker->wait());
+    QTRY_COMPARE(subscriber.told.size(), 6);
+    QVERIFY(rightThread);
+    dataAccess.unsubscribe(&subscriber);
+}
+
+void TestDlDataAccessThreads::keepsTheOrderOfEachThread()
+{
+    constexpr int Messages = 2000;
+    constexpr int Threads = 3;
+    RecordingBackend backend;
+    DlDataAccess dataAccess(backend);
+    RecordingSubscriber subscriber;
+    dataAccess.subscribeRawMessage(&subscriber);
+    std::vector<std::unique_ptr<QThread>> workers;
+    for (int t = 0; t < Threads; ++t) {
+        workers.push_back(startThread([&backend, t] {
+            for (int i = 0; i < Messages; ++i)
+                backend.sendRawMessage(Name, QStringLiteral("%1 %2").arg(t).arg(i));
+        }));
+    }
+    QTRY_COMPARE(subscriber.told.size(), Threads * Messages);
+    for (const auto &worker : workers)
+        QVERIFY(worker->wait());
+    QVector<int> next(Threads, 0);
+    for (const QString &text : std::as_const(subscriber.told)) {
+        const int thread = text.section(QLatin1Char(' '), 0, 0).toInt();
+        QCOMPARE(text.section(QLatin1Char(' '), 1, 1).toInt(), next.at(thread));
+        ++next[thread];
+    }
+    dataAccess.unsubscribe(&subscriber);
+}
+
+void TestDlDataAccessThreads::subscribersComeAndGoWhileMessagesArrive()
+{
+    RecordingBackend backend;
+    DlDataAccess dataAccess(backend);
+    std::atomic<bool> stop{false};
+    const auto worker = startThread([&] {
+        for (quint32 i = 0; !stop; ++i) {
+            backend.sendRawMessage(Name, QString::number(i));
+            OrbItemId id(OrbItemId::Line);
+            id.line = i;
+            backend.sendStructureChanged(id);
+            QThread::yieldCurrentThread();
+        }
+    });
+    int told = 0;
+    for (int round = 0; round < 100; ++round) {
+        RecordingSubscriber first;
+        auto second = std::make_unique<RecordingSubscriber>();
+        first.onTold = [&](const QString &) {
+            if (second)
+                dataAccess.unsubscribe(second.get());
+            second.reset();
+        };
+        dataAccess.subscribeRawMessage(&first);
+        dataAccess.subscribeStructureChanged(second.get());
+        dataAccess.subscribeRawMessage(second.get());
+        QVERIFY(QTest::qWaitFor([&] { return second == nullptr && !first.told.isEmpty(); }));
+        dataAccess.unsubscribe(&first);
+        told += first.told.size();
+    }
+    stop = true;
+    QVERIFY(worker->wait());
+    QVERIFY(told >= 100);
+}
+
+void TestDlDataAccessThreads::isCalledFromTwoThreads()
+{
+    constexpr int Requests = 500;
+    RecordingBackend backend;
+    backend.setControllers({{Name, QStringLiteral("C")}});
+    backend.setItem(Name, QStringLiteral("Status.x"),
+                    {QStringLiteral("1"), QString(), QStringLiteral("int"), 1});
+    backend.setRawAnswer({true, QString(), {QStringLiteral("true"), QStringLiteral("data")}});
+    DlDataAccess dataAccess(backend);
+    RecordingSubscriber subscriber;
+    dataAccess.subscribeRawMessage(&subscriber);
+
+    std::atomic<int> failed{0};
+    const auto interpreter = startThread([&] {
+        OrbClient &client = *dataAccess.getOrbClientPtr();
+        for (int i = 0; i < Requests; ++i) {
+            const TarnItem item = client.getItem("c", "Status.x");
+            if (item.path[0] == '\0' || client.setItem("c", "Status.x", "1") != TarnResult::Success)
+                ++failed;
+        }
+    });
+    for (int i = 0; i < Requests; ++i) {
+        QString response;
+        QVERIFY(dataAccess.executeRawOrbCommand(Name, QString::number(i), response));
+        QVector<QPair<QString, QString>> controllers;
+        QVERIFY(dataAccess.getAllControllerNames(controllers));
+        QCoreApplication::processEvents();
+    }
+    QVERIFY(interpreter->wait());
+    QCOMPARE(failed.load(), 0);
+    QTRY_COMPARE(subscriber.told.size(), 2 * Requests);
+    QCOMPARE(subscriber.told.count(QStringLiteral("data")), Requests);
+    dataAccess.unsubscribe(&subscriber);
+}
+
+void TestDlDataAccessThreads::endsWhileMessagesArrive()
+{
+    RecordingBackend backend;
+    std::atomic<bool> stop{false};
+    const auto worker = startThread([&] {
+        while (!stop) {
+            backend.sendRawMessage(Name, QStringLiteral("a"));
+            QThread::yieldCurrentThread();
+        }
+    });
+    RecordingSubscriber subscriber;
+    for (int round = 0; round < 50; ++round) {
+        auto dataAccess = std::make_unique<DlDataAccess>(backend);
+        dataAccess->subscribeRawMessage(&subscriber);
+        QVERIFY(QTest::qWaitFor([&] { return !subscriber.told.isEmpty(); }));
+        dataAccess.reset();
+        subscriber.told.clear();
+        QCoreApplication::processEvents();
+        QVERIFY(subscriber.told.isEmpty());
+        QVERIFY(!backend.hasListener());
+    }
+    stop = true;
+    QVERIFY(worker->wait());
+}
+
+QTEST_GUILESS_MAIN(TestDlDataAccessThreads)
+#include "tst_dl_data_access_threads.moc"
