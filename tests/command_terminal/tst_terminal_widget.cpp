@@ -1,0 +1,454 @@
+#include "command_terminal/terminal_widget.h"
+#include "tests/command_terminal/context_translator.h"
+#include "tests/command_terminal/terminal_widget_bench.h"
+
+#include <QBoxLayout>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QtTest>
+
+namespace
+{
+
+/// Keeps the address and a copy of the last event, which says whether the very object was passed on.
+class LastEvent : public KdObserver
+{
+public:
+    void processChildEvent(KdChildEvent &event) override
+    {
+        object = &event;
+        copy = event;
+        ++count;
+    }
+
+    const KdChildEvent *object = nullptr;
+    KdChildEvent copy{static_cast<KD::EventType>(0)};
+    int count = 0;
+};
+
+} // namespace
+
+/// How the tool is put together, and what becomes of the events of its parts and of the host.
+class TestTerminalWidget : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void classAndInstance();
+    void theOrderOfTheParts();
+    void layout();
+    void beginsInTerminalMode();
+    void menuPathIsTranslated();
+
+    void showEditorAndTerminal();
+    void theToolbarReachesTheTool_data();
+    void theToolbarReachesTheTool();
+    void openFileGoesToTheEditor();
+    void saveFileGoesToTheEditor();
+    void executeFileRunsTheWholeText();
+    void executeFileWithAnEmptyEditor();
+    void executeFileInTerminalModeAsWell();
+    void clearTerminalEmptiesDisplayAndHistory();
+    void aRequestGoesToTheVisibleConsole();
+    void aRequestGoesToTheVisibleEditor();
+    void aRequestOfAHiddenToolGoesNowhere();
+    void theControllerGoesToTheConsole();
+    void theControllerGoesToTheHiddenConsole();
+    void busyAndIdle_data();
+    void busyAndIdle();
+    void saveIsEnabled_data();
+    void saveIsEnabled();
+    void otherEventsReachTheHostUnchanged_data();
+    void otherEventsReachTheHostUnchanged();
+    void ownEventsStayInTheTool_data();
+    void ownEventsStayInTheTool();
+    void typingIntoTheEditorEnablesSaving();
+
+    void selectedItemsFillTheForm_data();
+    void selectedItemsFillTheForm();
+    void selectionWithoutAnAddress();
+
+    void closedWhileARequestIsOut();
+
+private:
+    std::unique_ptr<TerminalWidgetBench> m_bench;
+};
+
+void TestTerminalWidget::init()
+{
+    m_bench = std::make_unique<TerminalWidgetBench>();
+}
+
+void TestTerminalWidget::cleanup()
+{
+    m_bench.reset();
+}
+
+// Construction
+
+void TestTerminalWidget::classAndInstance()
+{
+    QCOMPARE(m_bench->tool->getUniqueWidgetClassId(), 7U);
+    QCOMPARE(m_bench->tool->instance, 3U);
+}
+
+void TestTerminalWidget::theOrderOfTheParts()
+{
+    QObjectList parts;
+    const QList<QWidget *> widgets =
+        m_bench->tool->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
+    for (QWidget *widget : widgets)
+        parts.append(widget);
+    QCOMPARE(parts, (QObjectList{m_bench->toolbar, m_bench->console, m_bench->editor, m_bench->panel}));
+}
+
+void TestTerminalWidget::layout()
+{
+    const auto *row = qobject_cast<QHBoxLayout *>(m_bench->tool->layout());
+    QVERIFY(row);
+    QCOMPARE(row->count(), 2);
+    QCOMPARE(row->itemAt(0)->widget(), m_bench->toolbar);
+    const auto *column = qobject_cast<QVBoxLayout *>(row->itemAt(1)->layout());
+    QVERIFY(column);
+    QCOMPARE(column->count(), 3);
+    QCOMPARE(column->itemAt(0)->widget(), m_bench->panel);
+    QCOMPARE(column->itemAt(1)->widget(), m_bench->console);
+    QCOMPARE(column->itemAt(2)->widget(), m_bench->editor);
+}
+
+void TestTerminalWidget::beginsInTerminalMode()
+{
+    m_bench->window.show();
+    QVERIFY(m_bench->console->isVisible());
+    QVERIFY(!m_bench->editor->isVisible());
+    QVERIFY(m_bench->panel->isVisible());
+    QVERIFY(m_bench->toolbar->isVisible());
+    QVERIFY(m_bench->toolbarInTerminalMode());
+    QVERIFY(m_bench->tool->acceptDrops());
+    QVERIFY(m_bench->observer.events().empty());
+}
+
+void TestTerminalWidget::menuPathIsTranslated()
+{
+    QCOMPARE(TerminalWidget::menuPath(),
+             (QStringList{QStringLiteral("Window"), QStringLiteral("Tools"), QStringLiteral("Terminal")}));
+    const ContextTranslator translator;
+    QCOMPARE(TerminalWidget::menuPath(),
+             (QStringList{QStringLiteral("[TerminalWidget]Window"), QStringLiteral("[TerminalWidget]Tools"),
+                          QStringLiteral("[TerminalWidget]Terminal")}));
+}
+
+// Events of the parts
+
+void TestTerminalWidget::showEditorAndTerminal()
+{
+    m_bench->window.show();
+    m_bench->send(KD::ShowEditor);
+    QVERIFY(m_bench->editor->isVisible());
+    QVERIFY(!m_bench->console->isVisible());
+    QVERIFY(m_bench->panel->isVisible());
+    QVERIFY(m_bench->toolbarInEditorMode());
+    m_bench->send(KD::ShowTerminal);
+    QVERIFY(!m_bench->editor->isVisible());
+    QVERIFY(m_bench->console->isVisible());
+    QVERIFY(m_bench->toolbarInTerminalMode());
+}
+
+void TestTerminalWidget::theToolbarReachesTheTool_data()
+{
+    QTest::addColumn<QString>("before");
+    QTest::newRow("Show Terminal") << QStringLiteral("Show Text Editor");
+    QTest::newRow("Show Text Editor") << QString();
+    QTest::newRow("Execute File") << QStringLiteral("Show Text Editor");
+}
+
+void TestTerminalWidget::theToolbarReachesTheTool()
+{
+    QFETCH(QString, before);
+    m_bench->window.show();
+    if (!before.isEmpty())
+        m_bench->action("Show Text Editor")->trigger();
+    m_bench->action(QTest::currentDataTag())->trigger();
+    QCOMPARE(m_bench->editor->isVisible(), before.isEmpty());
+    QCOMPARE(m_bench->console->isVisible(), !before.isEmpty());
+    QVERIFY(m_bench->observer.events().empty());
+}
+
+void TestTerminalWidget::openFileGoesToTheEditor()
+{
+    m_bench->window.show();
+    m_bench->send(KD::OpenFile);
+    const auto *dialog = m_bench->editor->findChild<QFileDialog *>();
+    QVERIFY(dialog);
+    QCOMPARE(dialog->acceptMode(), QFileDialog::AcceptOpen);
+}
+
+void TestTerminalWidget::saveFileGoesToTheEditor()
+{
+    m_bench->window.show();
+    m_bench->send(KD::SaveFile);
+    const auto *dialog = m_bench->editor->findChild<QFileDialog *>();
+    QVERIFY(dialog);
+    QCOMPARE(dialog->acceptMode(), QFileDialog::AcceptSave);
+}
+
+void TestTerminalWidget::executeFileRunsTheWholeText()
+{
+    m_bench->window.show();
+    m_bench->send(KD::ShowEditor);
+    m_bench->editor->setPlainText(QStringLiteral("# first\nrequest one\nrequest two\nnever run"));
+    m_bench->send(KD::ExecuteFile);
+    QVERIFY(m_bench->console->isVisible());
+    QVERIFY(!m_bench->editor->isVisible());
+    QVERIFY(m_bench->toolbarInTerminalMode());
+    QCOMPARE(m_bench->backend.requests(), QStringList{QStringLiteral("request one")});
+    m_bench->endWaiting();
+    QCOMPARE(m_bench->backend.requests().size(), 2);
+    m_bench->endWaiting();
+    QCOMPARE(m_bench->backend.requests(),
+             (QStringList{QStringLiteral("request one"), QStringLiteral("request two")}));
+    QCOMPARE(m_bench->editor->toPlainText(), QStringLiteral("# first\nrequest one\nrequest two\nnever run"));
+}
+
+void TestTerminalWidget::executeFileWithAnEmptyEditor()
+{
+    m_bench->window.show();
+    m_bench->send(KD::ShowEditor);
+    m_bench->send(KD::ExecuteFile);
+    QVERIFY(m_bench->console->isVisible());
+    QVERIFY(!m_bench->editor->isVisible());
+    QVERIFY(m_bench->toolbarInTerminalMode());
+    QVERIFY(m_bench->backend.requests().isEmpty());
+    QCOMPARE(m_bench->console->toPlainText(), QStringLiteral("> "));
+    QVERIFY(m_bench->console->isEnabled());
+}
+
+void TestTerminalWidget::executeFileInTerminalModeAsWell()
+{
+    m_bench->window.show();
+    m_bench->editor->setPlainText(QStringLiteral("request\n"));
+    m_bench->send(KD::ExecuteFile);
+    QCOMPARE(m_bench->backend.requests(), QStringList{QStringLiteral("request")});
+    QVERIFY(m_bench->toolbarInTerminalMode());
+}
+
+void TestTerminalWidget::clearTerminalEmptiesDisplayAndHistory()
+{
+    m_bench->window.show();
+    m_bench->send(KD::Request, QStringLiteral("# a comment"));
+    QVERIFY(m_bench->console->toPlainText().contains(QLatin1String("# a comment")));
+    m_bench->send(KD::ClearTerminal);
+    QCOMPARE(m_bench->console->toPlainText(), QStringLiteral("> "));
+    QTest::keyClick(m_bench->console, Qt::Key_Up);
+    QCOMPARE(m_bench->console->toPlainText(), QStringLiteral("> "));
+}
+
+void TestTerminalWidget::aRequestGoesToTheVisibleConsole()
+{
+    m_bench->window.show();
+    m_bench->send(KD::Request, QStringLiteral("the request"));
+    QCOMPARE(m_bench->backend.callsOf(QStringLiteral("rawRequest")).constFirst().arguments,
+             (QStringList{TerminalWidgetBench::controller(), QStringLiteral("the request")}));
+    QVERIFY(m_bench->console->toPlainText().startsWith(QLatin1String("> the request\n")));
+    QCOMPARE(m_bench->editor->toPlainText(), QString());
+}
+
+void TestTerminalWidget::aRequestGoesToTheVisibleEditor()
+{
+    m_bench->window.show();
+    m_bench->send(KD::ShowEditor);
+    m_bench->send(KD::Request, QStringLiteral("one"));
+    m_bench->send(KD::Request, QStringLiteral("two"));
+    QCOMPARE(m_bench->editor->toPlainText(), QStringLiteral("one\ntwo\n"));
+    QVERIFY(m_bench->backend.requests().isEmpty());
+    QCOMPARE(m_bench->console->toPlainText(), QStringLiteral("> "));
+}
+
+void TestTerminalWidget::aRequestOfAHiddenToolGoesNowhere()
+{
+    m_bench->send(KD::Request, QStringLiteral("one"));
+    QVERIFY(m_bench->backend.requests().isEmpty());
+    QCOMPARE(m_bench->editor->toPlainText(), QString());
+    QCOMPARE(m_bench->console->toPlainText(), QStringLiteral("> "));
+}
+
+void TestTerminalWidget::theControllerGoesToTheConsole()
+{
+    m_bench->window.show();
+    m_bench->send(KD::ControllerChosen, QStringLiteral("Second"));
+    m_bench->send(KD::Request, QStringLiteral("the request"));
+    QCOMPARE(m_bench->backend.callsOf(QStringLiteral("rawRequest")).constFirst().arguments.constFirst(),
+             QStringLiteral("Second"));
+}
+
+void TestTerminalWidget::theControllerGoesToTheHiddenConsole()
+{
+    m_bench->window.show();
+    m_bench->send(KD::ShowEditor);
+    m_bench->send(KD::ControllerChosen, QStringLiteral("Second"));
+    m_bench->send(KD::ShowTerminal);
+    m_bench->send(KD::Request, QStringLiteral("the request"));
+    QCOMPARE(m_bench->backend.callsOf(QStringLiteral("rawRequest")).constFirst().arguments.constFirst(),
+             QStringLiteral("Second"));
+}
+
+void TestTerminalWidget::busyAndIdle_data()
+{
+    QTest::addColumn<qint64>("argument");
+    QTest::newRow("one") << qint64{1};
+    QTest::newRow("two") << qint64{2};
+    QTest::newRow("below zero") << qint64{-1};
+    QTest::newRow("beyond 32 bits") << (qint64{1} << 32);
+}
+
+void TestTerminalWidget::busyAndIdle()
+{
+    QFETCH(qint64, argument);
+    m_bench->window.show();
+    m_bench->send(KD::BusyChanged, argument);
+    QVERIFY(!m_bench->panel->isEnabled());
+    QCOMPARE(m_bench->tool->cursor().shape(), Qt::BusyCursor);
+    m_bench->send(KD::BusyChanged, qint64{0});
+    QVERIFY(m_bench->panel->isEnabled());
+    QCOMPARE(m_bench->tool->cursor().shape(), Qt::ArrowCursor);
+}
+
+void TestTerminalWidget::saveIsEnabled_data()
+{
+    QTest::addColumn<qint64>("argument");
+    QTest::addColumn<bool>("enabled");
+    QTest::newRow("zero") << qint64{0} << false;
+    QTest::newRow("one") << qint64{1} << true;
+    QTest::newRow("below zero") << qint64{-1} << true;
+    QTest::newRow("beyond 32 bits") << (qint64{1} << 32) << true;
+}
+
+void TestTerminalWidget::saveIsEnabled()
+{
+    QFETCH(qint64, argument);
+    QFETCH(bool, enabled);
+    m_bench->send(KD::ShowEditor); // where the action is there at all
+    m_bench->send(KD::ModifiedChanged, qint64{enabled ? 0 : 1});
+    QCOMPARE(m_bench->action("Save File")->isEnabled(), !enabled);
+    m_bench->send(KD::ModifiedChanged, argument);
+    QCOMPARE(m_bench->action("Save File")->isEnabled(), enabled);
+}
+
+void TestTerminalWidget::otherEventsReachTheHostUnchanged_data()
+{
+    QTest::addColumn<quint32>("type");
+    QTest::newRow("none") << 0U;
+    QTest::newRow("one") << 1U;
+    QTest::newRow("answer of a tool") << 152U;
+    QTest::newRow("stop of an interpreter") << 173U;
+    QTest::newRow("menu entry") << 178U;
+    QTest::newRow("selected item") << 206U;
+    QTest::newRow("just below") << 251U;
+    QTest::newRow("just above") << 262U;
+    QTest::newRow("largest") << 4294967295U;
+}
+
+void TestTerminalWidget::otherEventsReachTheHostUnchanged()
+{
+    QFETCH(quint32, type);
+    LastEvent host;
+    TerminalWidget tool(nullptr, &m_bench->state, m_bench->mainData, host, 0);
+    KdChildEvent event(static_cast<KD::EventType>(type));
+    event.stringArguments = QStringList{QStringLiteral("one"), QString(), QStringLiteral("three")};
+    event.setIntArgument(-5, 2);
+    tool.processChildEvent(event);
+    QCOMPARE(host.count, 1);
+    QCOMPARE(host.object, &event);
+    QCOMPARE(quint32{host.copy.type}, type);
+    QCOMPARE(host.copy.stringArguments,
+             (QStringList{QStringLiteral("one"), QString(), QStringLiteral("three")}));
+    QCOMPARE(host.copy.intArguments, (QVector<qint64>{0, 0, -5}));
+}
+
+void TestTerminalWidget::ownEventsStayInTheTool_data()
+{
+    QTest::addColumn<quint32>("type");
+    for (quint32 type = 252; type <= 261; ++type)
+        QTest::addRow("%u", type) << type;
+}
+
+void TestTerminalWidget::ownEventsStayInTheTool()
+{
+    QFETCH(quint32, type);
+    m_bench->window.show();
+    m_bench->send(static_cast<KD::EventType>(type)); // without the arguments that it may have
+    QVERIFY(m_bench->observer.events().empty());
+}
+
+void TestTerminalWidget::typingIntoTheEditorEnablesSaving()
+{
+    m_bench->window.show();
+    m_bench->send(KD::ShowEditor);
+    m_bench->send(KD::ModifiedChanged, qint64{0});
+    QTest::keyClick(m_bench->editor, Qt::Key_A);
+    QVERIFY(m_bench->action("Save File")->isEnabled());
+    QVERIFY(m_bench->observer.events().empty());
+}
+
+// Events of the host
+
+void TestTerminalWidget::selectedItemsFillTheForm_data()
+{
+    QTest::addColumn<quint32>("type");
+    QTest::addColumn<bool>("fills");
+    QTest::newRow("206") << 206U << true;
+    QTest::newRow("208") << 208U << true;
+    QTest::newRow("205") << 205U << false;
+    QTest::newRow("207") << 207U << false;
+    QTest::newRow("209") << 209U << false;
+    QTest::newRow("147") << 147U << false;
+    QTest::newRow("173") << 173U << false;
+    QTest::newRow("258") << 258U << false;
+}
+
+void TestTerminalWidget::selectedItemsFillTheForm()
+{
+    QFETCH(quint32, type);
+    QFETCH(bool, fills);
+    OrbItemId id(OrbItemId::Channel);
+    id.line = 1;
+    id.address = 2;
+    id.channel = 3;
+    KdParentEvent event(static_cast<KD::EventType>(type));
+    event.setHardwareId(id, 0);
+    m_bench->tool->parentEventOccured(event);
+    QCOMPARE(m_bench->field("lineEdit")->text(), fills ? QStringLiteral("1") : QString());
+    QCOMPARE(m_bench->field("addressEdit")->text(), fills ? QStringLiteral("2") : QString());
+    QCOMPARE(m_bench->field("channelEdit")->text(), fills ? QStringLiteral("3") : QString());
+    QVERIFY(m_bench->observer.events().empty());
+}
+
+void TestTerminalWidget::selectionWithoutAnAddress()
+{
+    m_bench->field("lineEdit")->setText(QStringLiteral("1"));
+    KdParentEvent event(KD::ItemSelected);
+    m_bench->tool->parentEventOccured(event);
+    QCOMPARE(m_bench->field("lineEdit")->text(), QString());
+}
+
+// Messages that arrive after the tool is gone find nobody.
+void TestTerminalWidget::closedWhileARequestIsOut()
+{
+    m_bench->window.show();
+    m_bench->beginWaiting();
+    QCOMPARE(m_bench->backend.requests().size(), 1);
+    m_bench->backend.sendRawMessage(TerminalWidgetBench::controller(), QStringLiteral("late"));
+    m_bench->backend.sendStructureChanged(OrbItemId());
+    auto tool = std::unique_ptr<TerminalWidget>(m_bench->tool);
+    tool.reset();
+    m_bench->backend.clearCalls();
+    m_bench->say(QStringLiteral("later"));
+    QVERIFY(m_bench->backend.calls().isEmpty());
+    QVERIFY(m_bench->observer.events().empty());
+}
+
+QTEST_MAIN(TestTerminalWidget)
+#include "tst_terminal_widget.moc"
