@@ -39,6 +39,10 @@ if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
   endif()
 endif()
 
+if(TERMINAL_FUZZERS)
+  add_compile_options(-fsanitize=fuzzer-no-link) # libFuzzer sees which code an input reaches
+endif()
+
 if(TERMINAL_SANITIZERS)
   # An optimised build, but one that is made to find mistakes.
   add_compile_definitions(QT_FORCE_ASSERTS)
