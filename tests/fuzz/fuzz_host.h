@@ -30,6 +30,7 @@ inline void ensureApplication()
     static int argumentCount = 1;
     static char name[] = "fuzz";
     static char *arguments[] = {name, nullptr};
+    qputenv("QT_QPA_PLATFORM", "offscreen");
     static const QApplication application(argumentCount, arguments);
     static const bool quiet = [] {
         QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.warning=false"));
