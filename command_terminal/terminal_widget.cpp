@@ -116,7 +116,11 @@ void TerminalWidget::showConsole()
     editor->hide();
     console->show();
     toolbar->setTerminalMode();
-    console->setFocus(Qt::OtherFocusReason);
+    // A console that waits takes no focus, which would go from the hidden editor to whatever comes next in the window.
+    if (waiting)
+        setFocus(Qt::OtherFocusReason);
+    else
+        console->setFocus(Qt::OtherFocusReason);
 }
 
 void TerminalWidget::showEditor()

@@ -25,6 +25,8 @@ public:
     class Tool : public TerminalWidget
     {
     public:
+        using TerminalWidget::dragEnterEvent;
+        using TerminalWidget::dropEvent;
         using TerminalWidget::instance;
         using TerminalWidget::TerminalWidget;
     };

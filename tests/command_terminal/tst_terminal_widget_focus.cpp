@@ -1,0 +1,339 @@
+#include "command_terminal/terminal_widget.h"
+#include "tests/command_terminal/terminal_widget_bench.h"
+
+#include <QFileDialog>
+#include <QPushButton>
+#include <QtTest>
+
+/// Where the keys go: the shortcuts of the tool bar, and the focus before, during and after a wait.
+class TestTerminalWidgetFocus : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void theToolHandsTheFocusOn_data();
+    void theToolHandsTheFocusOn();
+    void switchingGivesTheFocusToWhatIsShown();
+
+    void theConsoleHasTheFocusAgain();
+    void theConsoleHasTheFocusAgainAfterAWaitLine();
+    void theConsoleHasTheFocusAgainAfterAFile();
+    void aFieldHasTheFocusAgain_data();
+    void aFieldHasTheFocusAgain();
+    void theFocusStaysInTheToolMeanwhile_data();
+    void theFocusStaysInTheToolMeanwhile();
+    void theFocusElsewhereStaysThere();
+    void theFocusTakenAwayMeanwhileStaysAway();
+    void theEditorShownMeanwhileKeepsTheFocus();
+    void cursorWhileWaiting();
+
+    void shortcuts_data();
+    void shortcuts();
+    void shortcutsFromOutside_data();
+    void shortcutsFromOutside();
+    void shortcutsOfHiddenButtons_data();
+    void shortcutsOfHiddenButtons();
+    void savingIsNoShortcutWhenDisabled();
+    void shortcutsWhileWaiting();
+
+private:
+    QWidget *focused() const { return m_bench->window.focusWidget(); }
+    QWidget *part(const QString &name) const { return m_bench->tool->findChild<QWidget *>(name); }
+    void press(const char *action) const
+    {
+        QTest::keySequence(focused(), m_bench->action(action)->shortcut());
+    }
+    void enter(const QString &line) const
+    {
+        QTest::keyClicks(m_bench->console, line);
+        QTest::keyClick(m_bench->console, Qt::Key_Return);
+    }
+
+    std::unique_ptr<TerminalWidgetBench> m_bench;
+};
+
+void TestTerminalWidgetFocus::init()
+{
+    m_bench = std::make_unique<TerminalWidgetBench>();
+    QVERIFY(m_bench->showActive());
+}
+
+void TestTerminalWidgetFocus::cleanup()
+{
+    m_bench.reset();
+}
+
+// Without a wait
+
+void TestTerminalWidgetFocus::theToolHandsTheFocusOn_data()
+{
+    QTest::addColumn<bool>("editing");
+    QTest::newRow("console") << false;
+    QTest::newRow("editor") << true;
+}
+
+void TestTerminalWidgetFocus::theToolHandsTheFocusOn()
+{
+    QFETCH(bool, editing);
+    m_bench->send(editing ? KD::ShowEditor : KD::ShowTerminal);
+    m_bench->elsewhere->setFocus();
+    m_bench->tool->setFocus();
+    QCOMPARE(m_bench->editor->hasFocus(), editing);
+    QCOMPARE(m_bench->console->hasFocus(), !editing);
+}
+
+void TestTerminalWidgetFocus::switchingGivesTheFocusToWhatIsShown()
+{
+    m_bench->send(KD::ShowEditor);
+    QVERIFY(m_bench->editor->hasFocus());
+    m_bench->send(KD::ShowTerminal);
+    QVERIFY(m_bench->console->hasFocus());
+}
+
+// A wait
+
+void TestTerminalWidgetFocus::theConsoleHasTheFocusAgain()
+{
+    m_bench->console->setFocus();
+    enter(QStringLiteral("request"));
+    QVERIFY(!m_bench->console->isEnabled());
+    QVERIFY(!m_bench->console->hasFocus());
+    m_bench->endWaiting();
+    QVERIFY(m_bench->console->hasFocus());
+    enter(QStringLiteral("next"));
+    QCOMPARE(m_bench->backend.requests().constLast(), QStringLiteral("next"));
+}
+
+void TestTerminalWidgetFocus::theConsoleHasTheFocusAgainAfterAWaitLine()
+{
+    m_bench->console->setFocus();
+    enter(QStringLiteral("wait 00010"));
+    QVERIFY(!m_bench->console->isEnabled());
+    QTRY_VERIFY(m_bench->console->isEnabled());
+    QVERIFY(m_bench->console->hasFocus());
+}
+
+void TestTerminalWidgetFocus::theConsoleHasTheFocusAgainAfterAFile()
+{
+    m_bench->editor->setPlainText(QStringLiteral("one\nwait 00010\n# comment\ntwo\n"));
+    m_bench->send(KD::ExecuteFile);
+    m_bench->endWaiting();
+    QTRY_COMPARE(m_bench->backend.requests().size(), 2);
+    m_bench->endWaiting();
+    QVERIFY(m_bench->console->isEnabled());
+    QVERIFY(m_bench->console->hasFocus());
+}
+
+void TestTerminalWidgetFocus::aFieldHasTheFocusAgain_data()
+{
+    QTest::addColumn<bool>("byMouse");
+    QTest::newRow("lineEdit") << false;
+    QTest::newRow("valueEdit") << false;
+    QTest::newRow("itemBox") << false;
+    QTest::newRow("getButton") << true;
+}
+
+void TestTerminalWidgetFocus::aFieldHasTheFocusAgain()
+{
+    QFETCH(bool, byMouse);
+    QWidget *field = part(QString::fromLatin1(QTest::currentDataTag()));
+    field->setFocus();
+    QVERIFY(field->hasFocus());
+    auto *get = qobject_cast<QPushButton *>(part(QStringLiteral("getButton")));
+    byMouse ? QTest::mouseClick(get, Qt::LeftButton) : get->click();
+    QCOMPARE(m_bench->backend.requests().size(), 1);
+    QVERIFY(!field->hasFocus());
+    m_bench->endWaiting();
+    QVERIFY(field->hasFocus());
+}
+
+void TestTerminalWidgetFocus::theFocusStaysInTheToolMeanwhile_data()
+{
+    QTest::addColumn<QString>("before");
+    QTest::newRow("console") << QStringLiteral("console");
+    QTest::newRow("field") << QStringLiteral("unitEdit");
+}
+
+void TestTerminalWidgetFocus::theFocusStaysInTheToolMeanwhile()
+{
+    QFETCH(QString, before);
+    part(before)->setFocus();
+    m_bench->beginWaiting();
+    QVERIFY(focused());
+    QVERIFY(focused() == m_bench->tool || m_bench->tool->isAncestorOf(focused()));
+    // What is typed meanwhile is lost and ends up nowhere.
+    QTest::keyClicks(focused(), QStringLiteral("lost"));
+    QTest::keyClick(focused(), Qt::Key_Return);
+    m_bench->endWaiting();
+    QCOMPARE(m_bench->console->toPlainText().count(QLatin1String("lost")), 0);
+    QCOMPARE(m_bench->elsewhere->text(), QString());
+    QCOMPARE(m_bench->backend.requests().size(), 1);
+}
+
+void TestTerminalWidgetFocus::theFocusElsewhereStaysThere()
+{
+    m_bench->elsewhere->setFocus();
+    m_bench->beginWaiting();
+    QVERIFY(m_bench->elsewhere->hasFocus());
+    m_bench->endWaiting();
+    QVERIFY(m_bench->elsewhere->hasFocus());
+}
+
+void TestTerminalWidgetFocus::theFocusTakenAwayMeanwhileStaysAway()
+{
+    for (QWidget *before : {static_cast<QWidget *>(m_bench->console), part(QStringLiteral("lineEdit"))}) {
+        before->setFocus();
+        m_bench->beginWaiting();
+        m_bench->elsewhere->setFocus();
+        m_bench->endWaiting();
+        QVERIFY(m_bench->elsewhere->hasFocus());
+    }
+}
+
+void TestTerminalWidgetFocus::theEditorShownMeanwhileKeepsTheFocus()
+{
+    m_bench->console->setFocus();
+    m_bench->beginWaiting();
+    m_bench->send(KD::ShowEditor);
+    QVERIFY(m_bench->editor->hasFocus());
+    m_bench->endWaiting();
+    QVERIFY(m_bench->editor->hasFocus());
+    QTest::keyClicks(m_bench->editor, QStringLiteral("typed"));
+    QCOMPARE(m_bench->editor->toPlainText(), QStringLiteral("typed"));
+}
+
+void TestTerminalWidgetFocus::cursorWhileWaiting()
+{
+    m_bench->beginWaiting();
+    QCOMPARE(m_bench->tool->cursor().shape(), Qt::BusyCursor);
+    QVERIFY(!m_bench->panel->isEnabled());
+    m_bench->endWaiting();
+    QCOMPARE(m_bench->tool->cursor().shape(), Qt::ArrowCursor);
+    QVERIFY(m_bench->panel->isEnabled());
+}
+
+// Shortcuts
+
+void TestTerminalWidgetFocus::shortcuts_data()
+{
+    QTest::addColumn<QByteArray>("action");
+    QTest::addColumn<QString>("focus");
+    QTest::addColumn<bool>("editorBefore");
+    QTest::addColumn<QString>("effect");
+    const auto row = [](const char *action, const char *focus, bool editorBefore, const char *effect) {
+        QTest::addRow("%s, focus in %s", action, focus) << QByteArray(action) << QString::fromLatin1(focus)
+                                                        << editorBefore << QString::fromLatin1(effect);
+    };
+    row("Show Text Editor", "console", false, "editor");
+    row("Show Text Editor", "lineEdit", false, "editor");
+    row("Show Terminal", "editor", true, "console");
+    row("Show Terminal", "valueEdit", true, "console");
+    row("Open File", "editor", true, "open");
+    row("Open File", "lineEdit", true, "open");
+    row("Save File", "editor", true, "save");
+    row("Execute File", "editor", true, "executed");
+    row("Execute File", "itemBox", true, "executed");
+    row("Clear Terminal", "console", false, "cleared");
+    row("Clear Terminal", "lineEdit", false, "cleared");
+}
+
+void TestTerminalWidgetFocus::shortcuts()
+{
+    QFETCH(QByteArray, action);
+    QFETCH(QString, focus);
+    QFETCH(bool, editorBefore);
+    QFETCH(QString, effect);
+    m_bench->console->printText(QStringLiteral("something"));
+    m_bench->send(editorBefore ? KD::ShowEditor : KD::ShowTerminal);
+    m_bench->editor->setPlainText(QStringLiteral("request\n"));
+    part(focus)->setFocus();
+    QCOMPARE(focused()->objectName(), focus);
+
+    press(action.constData());
+
+    const auto *dialog = m_bench->editor->findChild<QFileDialog *>();
+    QStringList effects;
+    if (editorBefore != m_bench->editor->isVisible() && m_bench->backend.requests().isEmpty())
+        effects.append(m_bench->editor->isVisible() ? QStringLiteral("editor") : QStringLiteral("console"));
+    if (dialog)
+        effects.append(dialog->acceptMode() == QFileDialog::AcceptOpen ? QStringLiteral("open")
+                                                                       : QStringLiteral("save"));
+    if (!m_bench->backend.requests().isEmpty())
+        effects.append(QStringLiteral("executed"));
+    if (m_bench->console->toPlainText() == QLatin1String("> "))
+        effects.append(QStringLiteral("cleared"));
+    QCOMPARE(effects, QStringList{effect});
+}
+
+void TestTerminalWidgetFocus::shortcutsFromOutside_data()
+{
+    QTest::addColumn<bool>("editing");
+    QTest::newRow("Show Text Editor") << false;
+    QTest::newRow("Clear Terminal") << false;
+    QTest::newRow("Show Terminal") << true;
+    QTest::newRow("Open File") << true;
+    QTest::newRow("Save File") << true;
+    QTest::newRow("Execute File") << true;
+}
+
+void TestTerminalWidgetFocus::shortcutsFromOutside()
+{
+    QFETCH(bool, editing);
+    m_bench->send(editing ? KD::ShowEditor : KD::ShowTerminal);
+    m_bench->editor->setPlainText(QStringLiteral("request\n"));
+    QSignalSpy triggered(m_bench->action(QTest::currentDataTag()), &QAction::triggered);
+    m_bench->elsewhere->setFocus();
+    press(QTest::currentDataTag());
+    QCOMPARE(triggered.size(), 0);
+    // It is the place alone: from inside the same keys do it.
+    (editing ? static_cast<QWidget *>(m_bench->editor) : m_bench->console)->setFocus();
+    press(QTest::currentDataTag());
+    QCOMPARE(triggered.size(), 1);
+}
+
+void TestTerminalWidgetFocus::shortcutsOfHiddenButtons_data()
+{
+    shortcutsFromOutside_data();
+}
+
+// A file must not run, and nothing be cleared, by a button that is not there.
+void TestTerminalWidgetFocus::shortcutsOfHiddenButtons()
+{
+    QFETCH(bool, editing);
+    m_bench->send(editing ? KD::ShowTerminal : KD::ShowEditor);
+    m_bench->editor->setPlainText(QStringLiteral("request\n"));
+    QSignalSpy triggered(m_bench->action(QTest::currentDataTag()), &QAction::triggered);
+    press(QTest::currentDataTag());
+    QCOMPARE(triggered.size(), 0);
+    QVERIFY(m_bench->backend.requests().isEmpty());
+    QVERIFY(!m_bench->editor->findChild<QFileDialog *>());
+}
+
+void TestTerminalWidgetFocus::savingIsNoShortcutWhenDisabled()
+{
+    m_bench->send(KD::ShowEditor);
+    m_bench->send(KD::ModifiedChanged, qint64{0});
+    press("Save File");
+    QVERIFY(!m_bench->editor->findChild<QFileDialog *>());
+    m_bench->send(KD::ModifiedChanged, qint64{1});
+    press("Save File");
+    QVERIFY(m_bench->editor->findChild<QFileDialog *>());
+}
+
+void TestTerminalWidgetFocus::shortcutsWhileWaiting()
+{
+    m_bench->console->setFocus();
+    m_bench->beginWaiting();
+    press("Show Text Editor");
+    QVERIFY(m_bench->editor->isVisible());
+    press("Show Terminal");
+    QVERIFY(m_bench->console->isVisible());
+    m_bench->endWaiting();
+    QVERIFY(m_bench->console->hasFocus());
+}
+
+QTEST_MAIN(TestTerminalWidgetFocus)
+#include "tst_terminal_widget_focus.moc"
