@@ -237,7 +237,8 @@ void TerminalConsole::placePopup()
     if (completionStart == -1)
         return;
     QTextCursor cursor(document());
-    cursor.setPosition(completionStart);
+    // A shorter command of the history may have taken the place of the word.
+    cursor.setPosition(qMin(completionStart, document()->characterCount() - 1));
     completer->move(viewport()->mapToGlobal(cursorRect(cursor).bottomLeft() + QPoint(0, PopupGapPixels)));
 }
 
