@@ -15,6 +15,7 @@
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QMimeData>
 #include <QPlainTextEdit>
 #include <QShortcut>
@@ -57,13 +58,16 @@ TerminalWidget::TerminalWidget(QWidget *parent, TerminalPluginState *state, KdMa
     stopShortcut = new QShortcut(QKeySequence(StopKeys), this);
     stopShortcut->setContext(Qt::WidgetWithChildrenShortcut);
     stopShortcut->setEnabled(false);
-    connect(stopShortcut, &QShortcut::activated, console, &TerminalOrbClientConsole::stopExecution);
+    connect(stopShortcut, &QShortcut::activated, this, &TerminalWidget::stopOrCopy);
     connect(console, &TerminalOrbClientConsole::executionChanged, stopShortcut, &QShortcut::setEnabled);
     auto *refreshLimiter = new command_terminal::RefreshLimiter(this);
     connect(console, &TerminalOrbClientConsole::fileLineTaken, refreshLimiter,
             &command_terminal::RefreshLimiter::holdBack);
     console->installEventFilter(this);
     editor->installEventFilter(this);
+    const QList<QLineEdit *> fields = commandPanel->findChildren<QLineEdit *>();
+    for (QLineEdit *field : fields)
+        field->installEventFilter(this);
 }
 
 TerminalWidget::~TerminalWidget() = default;
@@ -187,18 +191,31 @@ void TerminalWidget::focusInEvent(QFocusEvent *event)
         editor->setFocus(Qt::OtherFocusReason);
 }
 
+// Ctrl+C. A field claims these keys for itself, and a console that works on a file drops them, selection or not.
+
 bool TerminalWidget::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::ShortcutOverride && stopShortcut->isEnabled()) {
         const auto *keyEvent = static_cast<QKeyEvent *>(event);
-        const auto *edit = qobject_cast<QPlainTextEdit *>(watched);
-        const bool stops = (int(keyEvent->modifiers()) | keyEvent->key()) == StopKeys;
-        if (stops && edit && !edit->textCursor().hasSelection()) {
-            event->ignore(); // there is nothing to copy, so the editor does not claim the keys for itself
+        if ((int(keyEvent->modifiers()) | keyEvent->key()) == StopKeys) {
+            event->ignore();
             return true;
         }
     }
     return KdPluginWidget::eventFilter(watched, event);
+}
+
+void TerminalWidget::stopOrCopy()
+{
+    QWidget *focused = window()->focusWidget();
+    auto *text = qobject_cast<QPlainTextEdit *>(focused);
+    auto *field = qobject_cast<QLineEdit *>(focused);
+    if (text && text->textCursor().hasSelection())
+        text->copy();
+    else if (field && field->hasSelectedText())
+        field->copy();
+    else
+        console->stopExecution();
 }
 
 // The host

@@ -46,6 +46,7 @@ private:
     void setBusy(bool busy);
     void takePanelFocus();
     void returnPanelFocus();
+    void stopOrCopy();
     bool canTakeDrop(const QDropEvent &event) const;
 
     TerminalPluginState *pluginState;
