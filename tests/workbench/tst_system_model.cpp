@@ -113,7 +113,7 @@ private Q_SLOTS:
         QCOMPARE(text(model, Channel0, SystemModel::VoltageSetColumn), workbench::voltageText(1500));
         QCOMPARE(text(model, Channel0, SystemModel::VoltageMeasureColumn), workbench::voltageText(750.125));
         QCOMPARE(text(model, Channel0, SystemModel::CurrentMeasureColumn), workbench::currentText(2.5e-6));
-        QCOMPARE(text(model, Channel0, SystemModel::StateColumn), QStringLiteral("ramping up"));
+        QCOMPARE(text(model, Channel0, SystemModel::StateColumn), QStringLiteral("ramp up"));
         QCOMPARE(text(model, Channel1, SystemModel::StateColumn), QString());
     }
 

@@ -13,15 +13,47 @@
 #include <QTextStream>
 
 #include <chrono>
+#include <vector>
 
 namespace
 {
+
+QtMessageHandler defaultMessageHandler = nullptr;
+
+/// Qt's own applications take "-plugin", with one dash or two, before we see it. Ours has two, and is taken out of
+/// `arguments` first.
+QStringList takePluginOption(std::vector<char *> &arguments)
+{
+    QStringList taken;
+    for (auto argument = arguments.begin(); argument != arguments.end();) {
+        const QByteArray text(*argument);
+        const bool hasOwnValue = text.startsWith("--plugin=");
+        if (!hasOwnValue && text != "--plugin") {
+            ++argument;
+            continue;
+        }
+        taken.append(QString::fromLocal8Bit(text));
+        argument = arguments.erase(argument);
+        if (!hasOwnValue && argument != arguments.end()) {
+            taken.append(QString::fromLocal8Bit(*argument));
+            argument = arguments.erase(argument);
+        }
+    }
+    return taken;
+}
 
 /// Nobody sees or closes a window on these platforms.
 bool hasScreen()
 {
     const QString platform = QGuiApplication::platformName();
     return platform != QLatin1String("offscreen") && platform != QLatin1String("minimal");
+}
+
+/// Keeps out of a transcript what Qt's windowless platforms say about every window.
+void writeMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (!message.contains(QLatin1String("propagateSizeHints")))
+        defaultMessageHandler(type, context, message);
 }
 
 /// Runs the workbench; the process's exit code.
@@ -72,10 +104,17 @@ int main(int argc, char *argv[])
 {
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    QApplication application(argc, argv);
+    std::vector<char *> arguments(argv, argv + argc);
+    const QStringList pluginOption = takePluginOption(arguments);
+    int argumentCount = static_cast<int>(arguments.size());
+    arguments.push_back(nullptr);
+    QApplication application(argumentCount, arguments.data());
     QCoreApplication::setOrganizationName(QStringLiteral("tarn"));
     QCoreApplication::setApplicationName(QStringLiteral("terminal-workbench"));
     QCoreApplication::setApplicationVersion(QStringLiteral(WORKBENCH_VERSION));
+
+    if (!hasScreen())
+        defaultMessageHandler = qInstallMessageHandler(writeMessage);
 
     QTextStream out(stdout);
     QTextStream err(stderr);
@@ -84,7 +123,7 @@ int main(int argc, char *argv[])
 
     workbench::Options options;
     QString message;
-    switch (workbench::parseOptions(QCoreApplication::arguments(), options, message)) {
+    switch (workbench::parseOptions(QCoreApplication::arguments() + pluginOption, options, message)) {
     case workbench::OptionsResult::Inform:
         out << message << QLatin1Char('\n');
         return 0;

@@ -29,7 +29,7 @@ namespace
 constexpr int LayoutVersion = 1;
 constexpr int MessageTime = 15000; // ms
 constexpr QSize DefaultSize(1280, 800);
-constexpr int SystemShare = 40; // percent of the width
+constexpr int SystemShare = 43; // percent of the width
 
 } // namespace
 

@@ -4,6 +4,7 @@
 #include "hostsdk/kd_main_data.h"
 #include "workbench/hostkit/drag_payload.h"
 
+#include <QFont>
 #include <QMimeData>
 
 #include <algorithm>
@@ -116,6 +117,11 @@ QVariant SystemModel::data(const QModelIndex &index, int role) const
         return stateIcon(node.values.state);
     if (role == Qt::TextAlignmentRole && index.column() != NameColumn && index.column() != StateColumn)
         return static_cast<int>(Qt::AlignRight | Qt::AlignVCenter);
+    if (role == Qt::FontRole && node.id.type == OrbItemId::System && index.column() == NameColumn) {
+        QFont font;
+        font.setBold(true);
+        return font;
+    }
     if (role != Qt::DisplayRole)
         return {};
     switch (index.column()) {

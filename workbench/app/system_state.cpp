@@ -101,9 +101,9 @@ QString stateText(SystemState state)
     case SystemState::Ramping:
         return tr("ramping");
     case SystemState::RampingUp:
-        return tr("ramping up");
+        return tr("ramp up");
     case SystemState::RampingDown:
-        return tr("ramping down");
+        return tr("ramp down");
     case SystemState::Emergency:
         return tr("emergency off");
     case SystemState::Tripped:

@@ -8,7 +8,9 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
+#include <QStyle>
 
+#include <algorithm>
 #include <functional>
 
 namespace workbench
@@ -156,17 +158,23 @@ void SystemView::layOutColumns()
 {
     // Wide enough for the longest value, so that nothing moves while values change.
     const QFontMetrics metrics = fontMetrics();
-    const int margin = 2 * metrics.horizontalAdvance(QLatin1Char('m'));
+    const int margin = 2 * (style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, header()) + 2);
     const auto fit = [&](int column, const QString &longest) {
         const QString title = model()->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
         const int width = std::max(metrics.horizontalAdvance(longest), metrics.horizontalAdvance(title));
         setColumnWidth(column, width + margin);
     };
+    setIndentation(metrics.height());
+    constexpr int Levels = 5; // controller, line, crate, module, channel
+    int nameWidth = Levels * indentation() + metrics.horizontalAdvance(tr("Channel 88")) + margin;
+    const int longestName = 2 * nameWidth;
+    for (int row = 0; row < model()->rowCount(); ++row)
+        nameWidth =
+            std::max(nameWidth, indentation() + margin + sizeHintForIndex(model()->index(row, 0)).width());
+    setColumnWidth(SystemModel::NameColumn, std::min(nameWidth, longestName));
     fit(SystemModel::VoltageSetColumn, voltageText(-8888));
     fit(SystemModel::VoltageMeasureColumn, voltageText(-8888));
     fit(SystemModel::CurrentMeasureColumn, currentText(-888.888e-6));
-    setColumnWidth(SystemModel::NameColumn,
-                   4 * indentation() + metrics.horizontalAdvance(tr("Channel 88")) + margin);
     header()->setStretchLastSection(true);
     header()->setSectionsMovable(false);
 }

@@ -79,7 +79,12 @@ bool UnattendedRun::openTerminal()
         fail(tr("The plug-in has no command terminal that could be opened."));
         return false;
     }
-    driver = std::make_unique<TerminalDriver>(*host.tool(classes.constFirst()));
+    QWidget *tool = host.tool(classes.constFirst());
+    connect(tool, &QObject::destroyed, this, [this] {
+        if (step)
+            fail(tr("The window was closed before the run was over."));
+    });
+    driver = std::make_unique<TerminalDriver>(*tool);
     const QString missing = driver->missingControl();
     if (!missing.isEmpty()) {
         fail(tr("The tool \"%1\" cannot be operated: it has no \"%2\".")
@@ -144,6 +149,7 @@ void UnattendedRun::takePicture()
 void UnattendedRun::end(int exitCode)
 {
     poll.stop();
+    step = nullptr;
     out.flush();
     err.flush();
     Q_EMIT finished(exitCode);

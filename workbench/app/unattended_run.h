@@ -55,7 +55,7 @@ private:
     std::unique_ptr<TerminalDriver> driver;
     QTimer poll; ///< looks at the terminal's controls, which have no signals that a stranger could know
     QDeadlineTimer controllerDeadline;
-    void (UnattendedRun::*step)() = nullptr;
+    void (UnattendedRun::*step)() = nullptr; ///< what the next look is for; null before and after the run
 };
 
 } // namespace workbench
