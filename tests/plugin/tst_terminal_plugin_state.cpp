@@ -1,0 +1,100 @@
+#include "plugin/terminal_plugin_state.h"
+
+#include <QtTest>
+
+/// The lists of recent files.
+class TestTerminalPluginState : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { m_state = TerminalPluginState(); }
+
+    void beginsEmpty();
+    void newestFirst_data() { bothLists(); }
+    void newestFirst();
+    void theSamePathTwice_data() { bothLists(); }
+    void theSamePathTwice();
+    void theEleventhDropsTheOldest_data() { bothLists(); }
+    void theEleventhDropsTheOldest();
+    void aLongerListIsCut_data() { bothLists(); }
+    void aLongerListIsCut();
+    void theListsAreApart();
+
+private:
+    static void bothLists()
+    {
+        QTest::addColumn<bool>("python");
+        QTest::newRow("command files") << false;
+        QTest::newRow("Python files") << true;
+    }
+    void add(const QString &path)
+    {
+        QFETCH(bool, python);
+        python ? m_state.addPythonFile(path) : m_state.addCommandFile(path);
+    }
+    QStringList &list()
+    {
+        QFETCH(bool, python);
+        return python ? m_state.pythonFiles : m_state.commandFiles;
+    }
+
+    TerminalPluginState m_state;
+};
+
+void TestTerminalPluginState::beginsEmpty()
+{
+    QCOMPARE(m_state.terminalWidgetClassId, 0U);
+    QCOMPARE(m_state.pythonWidgetClassId, 0U);
+    QVERIFY(m_state.commandFiles.isEmpty());
+    QVERIFY(m_state.pythonFiles.isEmpty());
+}
+
+void TestTerminalPluginState::newestFirst()
+{
+    add(QStringLiteral("a"));
+    add(QStringLiteral("b"));
+    QCOMPARE(list(), (QStringList{QStringLiteral("b"), QStringLiteral("a")}));
+}
+
+void TestTerminalPluginState::theSamePathTwice()
+{
+    add(QStringLiteral("a"));
+    add(QStringLiteral("b"));
+    add(QStringLiteral("a"));
+    QCOMPARE(list(), (QStringList{QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("a")}));
+}
+
+void TestTerminalPluginState::theEleventhDropsTheOldest()
+{
+    for (int i = 1; i <= 10; ++i)
+        add(QString::number(i));
+    QCOMPARE(list().size(), 10);
+    QCOMPARE(list().constLast(), QStringLiteral("1"));
+    add(QStringLiteral("11"));
+    QCOMPARE(list().size(), 10);
+    QCOMPARE(list().constFirst(), QStringLiteral("11"));
+    QCOMPARE(list().constLast(), QStringLiteral("2"));
+}
+
+// What was loaded is not cut until something is added.
+void TestTerminalPluginState::aLongerListIsCut()
+{
+    for (int i = 0; i < 5000; ++i)
+        list().append(QString::number(i));
+    add(QStringLiteral("new"));
+    QCOMPARE(list().size(), 10);
+    QCOMPARE(list().constFirst(), QStringLiteral("new"));
+    QCOMPARE(list().constLast(), QStringLiteral("8"));
+}
+
+void TestTerminalPluginState::theListsAreApart()
+{
+    m_state.addCommandFile(QStringLiteral("command"));
+    m_state.addPythonFile(QStringLiteral("python"));
+    QCOMPARE(m_state.commandFiles, QStringList{QStringLiteral("command")});
+    QCOMPARE(m_state.pythonFiles, QStringList{QStringLiteral("python")});
+}
+
+QTEST_GUILESS_MAIN(TestTerminalPluginState)
+#include "tst_terminal_plugin_state.moc"
