@@ -5,6 +5,7 @@
 #include <QBoxLayout>
 #include <QComboBox>
 #include <QFileDialog>
+#include <QPushButton>
 #include <QtTest>
 
 namespace
@@ -71,6 +72,7 @@ private Q_SLOTS:
     void selectedItemsFillTheForm();
     void selectionWithoutAnAddress();
 
+    void aControllerThatWentAfterItWasListed();
     void closedWhileARequestIsOut();
 
 private:
@@ -432,6 +434,27 @@ void TestTerminalWidget::selectionWithoutAnAddress()
     KdParentEvent event(KD::ItemSelected);
     m_bench->tool->parentEventOccured(event);
     QCOMPARE(m_bench->field("lineEdit")->text(), QString());
+}
+
+void TestTerminalWidget::aControllerThatWentAfterItWasListed()
+{
+    m_bench->window.show();
+    m_bench->backend.setControllers(
+        {{QStringLiteral("here"), QStringLiteral("Here")}, {QStringLiteral("gone"), QStringLiteral("Gone")}});
+    m_bench->panel->structureChanged(OrbItemId());
+    TerminalWidgetBench::settle();
+    m_bench->backend.setControllers({});
+    m_bench->backend.setRawAnswer({false, QStringLiteral("there is no controller \"gone\""), {}});
+    m_bench->panel->findChild<QComboBox *>(QStringLiteral("controllerBox"))->setCurrentIndex(1);
+    m_bench->panel->findChild<QPushButton *>(QStringLiteral("getButton"))->click();
+
+    QCOMPARE(m_bench->backend.callsOf(QStringLiteral("rawRequest")).constFirst().arguments.constFirst(),
+             QStringLiteral("gone"));
+    QTextCursor refusal = m_bench->console->document()->find(QStringLiteral("there is no controller"));
+    QVERIFY(!refusal.isNull());
+    QCOMPARE(refusal.charFormat().foreground().color(), QColor(Qt::red));
+    QVERIFY(m_bench->panel->isEnabled());
+    QVERIFY(m_bench->console->isEnabled());
 }
 
 // Messages that arrive after the tool is gone find nobody.
