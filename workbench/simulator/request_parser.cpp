@@ -17,6 +17,22 @@ namespace
 
 constexpr quint32 FirstCrateAddress = 1000;
 
+// Where the offending character stands, in bytes. For some errors the parser is already past it.
+int errorOffset(const QJsonParseError &error, int size)
+{
+    switch (error.error) {
+    case QJsonParseError::UnterminatedObject:
+    case QJsonParseError::UnterminatedArray:
+    case QJsonParseError::MissingNameSeparator:
+    case QJsonParseError::MissingValueSeparator:
+    case QJsonParseError::MissingObject:
+    case QJsonParseError::IllegalValue:
+        return qBound(0, error.offset - 1, size);
+    default:
+        return qBound(0, error.offset, size);
+    }
+}
+
 QString positionText(const QString &before)
 {
     const int line = before.count(QLatin1Char('\n')) + 1;
@@ -108,7 +124,7 @@ bool RequestParser::parseDocument(const QString &request, QVector<RequestCommand
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(utf8, &parseError);
     if (parseError.error != QJsonParseError::NoError) {
-        const QByteArray before = utf8.left(qBound(0, parseError.offset, utf8.size()));
+        const QByteArray before = utf8.left(errorOffset(parseError, utf8.size()));
         error = QStringLiteral("malformed JSON at %1: %2")
                     .arg(positionText(QString::fromUtf8(before)), parseError.errorString());
         return false;

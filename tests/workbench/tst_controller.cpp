@@ -1,0 +1,471 @@
+#include "workbench/simulator/controller.h"
+
+#include "workbench/simulator/item_text.h"
+
+#include <QtTest>
+
+#include <cmath>
+
+using namespace simulator;
+
+Q_DECLARE_METATYPE(OrbItemId::Type)
+
+namespace
+{
+
+constexpr ObjectAddress System{OrbItemId::System, 0, 0, -1};
+constexpr ObjectAddress Crate1000{OrbItemId::Crate, 0, 1000, -1};
+constexpr ObjectAddress Module0{OrbItemId::Module, 0, 0, -1};
+constexpr ObjectAddress Module3{OrbItemId::Module, 0, 3, -1};
+constexpr ObjectAddress Channel00{OrbItemId::Channel, 0, 0, 0};
+constexpr ObjectAddress Channel31{OrbItemId::Channel, 0, 3, 1};
+
+/// The first controller of the rehearsal plant, in a time that the test steps.
+class ControllerBench
+{
+public:
+    QString text(const ObjectAddress &object, const char *item)
+    {
+        const ItemDefinition &definition =
+            *Controller::itemsOf(object.level)->find(QString::fromLatin1(item));
+        return formatValue(definition, controller.read(object, definition, view, now));
+    }
+    double number(const ObjectAddress &object, const char *item) { return text(object, item).toDouble(); }
+    bool isTrue(const ObjectAddress &object, const char *item)
+    {
+        return text(object, item) == QLatin1String("true");
+    }
+
+    TarnResult write(const ObjectAddress &object, const char *item, const char *value)
+    {
+        const ItemDefinition &definition =
+            *Controller::itemsOf(object.level)->find(QString::fromLatin1(item));
+        ItemValue parsed;
+        if (!parseValue(definition, QString::fromLatin1(value), QString(), parsed))
+            return TarnResult::Failed;
+        return controller.write(object, definition, parsed, now);
+    }
+    bool set(const ObjectAddress &object, const char *item, const char *value)
+    {
+        return write(object, item, value) == TarnResult::Success;
+    }
+    bool ramp(const ObjectAddress &object, const char *volts)
+    {
+        return set(object, "Control.voltageSet", volts) && set(object, "Control.on", "1");
+    }
+
+    double now = 10;
+    ConnectionView view{QStringLiteral("local"), QStringLiteral("Rehearsal controller"), QStringLiteral("s"),
+                        1};
+    Controller controller{PlantLayout::rehearsal().controllers.front()};
+};
+
+} // namespace
+
+class TestController : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void objects_data();
+    void objects();
+    void modulesHaveTheirChannels_data();
+    void modulesHaveTheirChannels();
+    void moduleRampspeed_data();
+    void moduleRampspeed();
+    void runningStateRollsUp();
+    void countersRollUp();
+    void clearing_data();
+    void clearing();
+    void cratePower();
+    void crateIsOn();
+    void warmsUpWithTheLoad();
+    void firmware_data();
+    void firmware();
+    void moduleSettings_data();
+    void moduleSettings();
+    void reboot();
+    void shutdown();
+    void systemItems_data();
+    void systemItems();
+    void interfaceServices();
+    void scan();
+    void heartBeat();
+};
+
+void TestController::objects_data()
+{
+    QTest::addColumn<OrbItemId::Type>("level");
+    QTest::addColumn<quint32>("line");
+    QTest::addColumn<quint32>("address");
+    QTest::addColumn<qint32>("channel");
+    QTest::addColumn<bool>("exists");
+    const auto row = [](const char *name, OrbItemId::Type level, quint32 line, quint32 address,
+                        qint32 channel, bool exists) {
+        QTest::newRow(name) << level << line << address << channel << exists;
+    };
+    row("system", OrbItemId::System, 0, 0, -1, true);
+    row("line", OrbItemId::Line, 0, 0, -1, true);
+    row("another line", OrbItemId::Line, 1, 0, -1, false);
+    row("crate", OrbItemId::Crate, 0, 1000, -1, true);
+    row("another crate", OrbItemId::Crate, 0, 1001, -1, false);
+    row("module as crate", OrbItemId::Crate, 0, 0, -1, false);
+    row("first module", OrbItemId::Module, 0, 0, -1, true);
+    row("last module", OrbItemId::Module, 0, 3, -1, true);
+    row("module after the last", OrbItemId::Module, 0, 4, -1, false);
+    row("module on another line", OrbItemId::Module, 1, 0, -1, false);
+    row("crate as module", OrbItemId::Module, 0, 1000, -1, false);
+    row("last channel", OrbItemId::Channel, 0, 0, 7, true);
+    row("channel after the last", OrbItemId::Channel, 0, 0, 8, false);
+    row("no channel", OrbItemId::Channel, 0, 0, -1, false);
+    row("channel of a crate", OrbItemId::Channel, 0, 1000, 0, false);
+    row("largest numbers", OrbItemId::Channel, 4294967295u, 4294967295u, 2147483647, false);
+    row("plain item", OrbItemId::Item, 0, 0, -1, false);
+    row("nothing", OrbItemId::Undefined, 0, 0, -1, false);
+}
+
+void TestController::objects()
+{
+    QFETCH(OrbItemId::Type, level);
+    QFETCH(quint32, line);
+    QFETCH(quint32, address);
+    QFETCH(qint32, channel);
+    const ControllerBench bench;
+    QTEST(bench.controller.hasObject({level, line, address, channel}), "exists");
+}
+
+void TestController::modulesHaveTheirChannels_data()
+{
+    QTest::addColumn<quint32>("address");
+    QTest::addColumn<int>("channels");
+    QTest::addColumn<double>("nominal");
+    QTest::newRow("0") << 0u << 8 << 6000.0;
+    QTest::newRow("1") << 1u << 12 << 3000.0;
+    QTest::newRow("2") << 2u << 16 << 2000.0;
+    QTest::newRow("3") << 3u << 16 << 500.0;
+}
+
+void TestController::modulesHaveTheirChannels()
+{
+    QFETCH(quint32, address);
+    QFETCH(int, channels);
+    QFETCH(double, nominal);
+    ControllerBench bench;
+    QCOMPARE(bench.number({OrbItemId::Module, 0, address, -1}, "Status.numberOfChannels"), double(channels));
+    for (int channel = 0; channel < channels; ++channel) {
+        const ObjectAddress object{OrbItemId::Channel, 0, address, channel};
+        QCOMPARE(bench.number(object, "Status.voltageNominal"), nominal);
+        QVERIFY(bench.ramp(object, "100"));
+    }
+    bench.now += 1000;
+    // 40 % of the nominal current at the nominal voltage, and nothing from the last channel.
+    const double nominalCurrent = bench.number({OrbItemId::Channel, 0, address, 0}, "Status.currentNominal");
+    const double current = bench.number({OrbItemId::Channel, 0, address, 0}, "Status.currentMeasure");
+    QVERIFY(std::abs(current - 0.4 * nominalCurrent * 100 / nominal) < 1e-9);
+    QCOMPARE(bench.number({OrbItemId::Channel, 0, address, channels - 1}, "Status.currentMeasure"), 0.0);
+}
+
+void TestController::moduleRampspeed_data()
+{
+    QTest::addColumn<QByteArray>("rampspeed");
+    QTest::addColumn<double>("voltsAfterASecond");
+    QTest::addColumn<bool>("accepted");
+    QTest::newRow("as it starts") << QByteArray() << 600.0 << true;
+    QTest::newRow("slow") << QByteArray("0.5") << 30.0 << true;
+    QTest::newRow("slowest") << QByteArray("0.001") << 0.06 << true;
+    QTest::newRow("fastest") << QByteArray("100") << 3000.0 << true;
+    QTest::newRow("too fast") << QByteArray("101") << 600.0 << false;
+    QTest::newRow("zero") << QByteArray("0") << 600.0 << false;
+}
+
+void TestController::moduleRampspeed()
+{
+    QFETCH(QByteArray, rampspeed);
+    QFETCH(double, voltsAfterASecond);
+    QFETCH(bool, accepted);
+    ControllerBench bench;
+    if (!rampspeed.isEmpty())
+        QCOMPARE(bench.set(Module0, "Control.voltageRampspeed", rampspeed.constData()), accepted);
+    QVERIFY(bench.ramp(Channel00, "3000"));
+    QVERIFY(bench.ramp(Channel31, "300"));
+    bench.now += 1;
+    const double volts = bench.number(Channel00, "Status.voltageMeasure");
+    QVERIFY(std::abs(volts - voltsAfterASecond) <= 0.01 * voltsAfterASecond);
+    // Other modules keep theirs.
+    QVERIFY(std::abs(bench.number(Channel31, "Status.voltageMeasure") - 50) <= 0.5);
+}
+
+void TestController::runningStateRollsUp()
+{
+    ControllerBench bench;
+    const auto states = [&bench] {
+        return QStringList{
+            bench.text(Module0, "Status.runningState"), bench.text(Module3, "Status.runningState"),
+            bench.text(Crate1000, "Status.runningState"), bench.text(System, "Status.runningStateOrb")}
+            .join(QLatin1Char(' '));
+    };
+    QCOMPARE(states(), QStringLiteral("off off off off"));
+    QVERIFY(bench.ramp(Channel00, "3000"));
+    QCOMPARE(states(), QStringLiteral("info off info info"));
+    bench.now += 60;
+    QCOMPARE(states(), QStringLiteral("ok off ok ok"));
+    QVERIFY(bench.ramp(Channel31, "100"));
+    QCOMPARE(states(), QStringLiteral("ok info info info"));
+    QVERIFY(bench.set(Channel31, "Control.emergency", "1"));
+    QCOMPARE(states(), QStringLiteral("ok error error error"));
+}
+
+void TestController::countersRollUp()
+{
+    ControllerBench bench;
+    QVERIFY(bench.set(Channel00, "Control.emergency", "1"));
+    QVERIFY(bench.set(Channel31, "Control.emergency", "1"));
+    QVERIFY(!bench.set(Channel31, "Control.voltageSet", "9999"));
+    QCOMPARE(bench.number(Module0, "Status.eventCounter"), 1.0);
+    QCOMPARE(bench.number(Module3, "Status.eventCounter"), 2.0);
+    QCOMPARE(bench.number(Crate1000, "Status.eventCounter"), 3.0);
+    QCOMPARE(bench.number(Module3, "Status.errorCounter"), 1.0);
+    QCOMPARE(bench.number(Crate1000, "Status.errorCounter"), 2.0);
+}
+
+void TestController::clearing_data()
+{
+    QTest::addColumn<bool>("atCrate");
+    QTest::addColumn<QByteArray>("item");
+    QTest::addColumn<bool>("clearsEvents");
+    QTest::addColumn<bool>("clearsErrors");
+    for (const bool atCrate : {false, true}) {
+        const char *place = atCrate ? "crate" : "module";
+        QTest::addRow("%s events", place) << atCrate << QByteArray("Control.clearEvents") << true << false;
+        QTest::addRow("%s errors", place) << atCrate << QByteArray("Control.clearErrors") << false << true;
+        QTest::addRow("%s all", place) << atCrate << QByteArray("Control.clearAll") << true << true;
+    }
+}
+
+void TestController::clearing()
+{
+    QFETCH(bool, atCrate);
+    QFETCH(QByteArray, item);
+    QFETCH(bool, clearsEvents);
+    QFETCH(bool, clearsErrors);
+    ControllerBench bench;
+    for (const ObjectAddress &channel : {Channel00, Channel31}) {
+        QVERIFY(bench.set(channel, "Control.emergency", "1"));
+        QVERIFY(bench.set(channel, "Control.emergency", "0"));
+    }
+    QVERIFY(bench.set(atCrate ? Crate1000 : Module0, item.constData(), "0"));
+    QVERIFY(bench.isTrue(Channel00, "Event.emergency"));
+    QVERIFY(bench.isTrue(Channel00, "Error.emergency"));
+    QVERIFY(bench.set(atCrate ? Crate1000 : Module0, item.constData(), "1"));
+    QCOMPARE(bench.isTrue(Channel00, "Event.emergency"), !clearsEvents);
+    QCOMPARE(bench.isTrue(Channel00, "Error.emergency"), !clearsErrors);
+    QCOMPARE(bench.isTrue(Channel31, "Event.emergency"), !(clearsEvents && atCrate));
+    QCOMPARE(bench.isTrue(Channel31, "Error.emergency"), !(clearsErrors && atCrate));
+}
+
+void TestController::cratePower()
+{
+    ControllerBench bench;
+    QVERIFY(bench.isTrue(Crate1000, "Status.power"));
+    QVERIFY(bench.ramp(Channel00, "3000"));
+    bench.now += 60;
+    QVERIFY(bench.set(Crate1000, "Control.power", "0"));
+    QVERIFY(!bench.isTrue(Crate1000, "Control.power"));
+    QVERIFY(!bench.isTrue(Crate1000, "Status.power"));
+    QVERIFY(bench.isTrue(Crate1000, "Status.isAlive"));
+    QCOMPARE(bench.text(Crate1000, "Status.runningState"), QStringLiteral("disabled"));
+    QCOMPARE(bench.text(Module0, "Status.runningState"), QStringLiteral("disabled"));
+    QCOMPARE(bench.text(Channel00, "Status.runningState"), QStringLiteral("disabled"));
+    QVERIFY(!bench.isTrue(Module0, "Status.isAlive"));
+    QCOMPARE(bench.number(Channel00, "Status.voltageMeasure"), 0.0);
+    QCOMPARE(bench.write(Channel00, "Control.on", "1"), TarnResult::Failed);
+    QCOMPARE(bench.write(Module0, "Control.kill", "1"), TarnResult::Failed);
+
+    QVERIFY(bench.set(Crate1000, "Control.power", "1"));
+    bench.now += 60;
+    QVERIFY(bench.isTrue(Module0, "Status.isAlive"));
+    QCOMPARE(bench.number(Channel00, "Status.voltageMeasure"), 0.0);
+    QVERIFY(!bench.isTrue(Channel00, "Status.on"));
+    QCOMPARE(bench.number(Channel00, "Control.voltageSet"), 3000.0);
+    QVERIFY(bench.set(Channel00, "Control.on", "1"));
+}
+
+void TestController::crateIsOn()
+{
+    ControllerBench bench;
+    QVERIFY(!bench.isTrue(Crate1000, "Status.on"));
+    QVERIFY(bench.ramp(Channel00, "600"));
+    QVERIFY(bench.isTrue(Crate1000, "Status.on"));
+    bench.now += 60;
+    QVERIFY(bench.set(Channel00, "Control.on", "0"));
+    bench.now += 0.8; // 120 V left
+    QVERIFY(bench.isTrue(Crate1000, "Status.on"));
+    bench.now += 0.1; // 60 V left
+    QVERIFY(!bench.isTrue(Crate1000, "Status.on"));
+}
+
+void TestController::warmsUpWithTheLoad()
+{
+    ControllerBench bench;
+    const double cold = bench.number(Module0, "Status.temperature");
+    QVERIFY(cold > 20 && cold < 35);
+    for (qint32 channel = 0; channel < 8; ++channel)
+        QVERIFY(bench.ramp({OrbItemId::Channel, 0, 0, channel}, "6000"));
+    bench.now += 60;
+    QVERIFY(bench.number(Module0, "Status.temperature") > cold + 10);
+    QVERIFY(bench.isTrue(Module0, "Status.temperatureGood"));
+}
+
+void TestController::firmware_data()
+{
+    QTest::addColumn<bool>("atCrate");
+    QTest::newRow("module") << false;
+    QTest::newRow("crate") << true;
+}
+
+void TestController::firmware()
+{
+    QFETCH(bool, atCrate);
+    const ObjectAddress object = atCrate ? Crate1000 : Module0;
+    ControllerBench bench;
+    QVERIFY(!bench.text(object, "Status.firmwareName").isEmpty());
+    const QString release = bench.text(object, "Status.firmwareRelease");
+    QVERIFY(!release.isEmpty());
+    QCOMPARE(bench.write(object, "Control.installFirmware", " "), TarnResult::Failed);
+    QVERIFY(bench.set(object, "Control.installFirmware", "new.hex"));
+    QCOMPARE(bench.text(object, "Status.firmwareRelease"), release);
+}
+
+void TestController::moduleSettings_data()
+{
+    QTest::addColumn<QByteArray>("item");
+    QTest::addColumn<QByteArray>("value");
+    const auto row = [](const char *item, const char *value) {
+        QTest::newRow(item) << QByteArray(item) << QByteArray(value);
+    };
+    row("Control.kill", "true");
+    row("Control.adjustment", "false");
+    row("Control.voltageRampspeed", "2.5");
+    row("Control.currentRampspeed", "12");
+    row("Control.moduleEventMask", "3");
+    row("Control.moduleChannelEventMask", "7");
+    row("Setup.digitalFilter", "128");
+    row("Setup.adcSampleRate", "100");
+    row("Control.userHardwareCheck", "true");
+}
+
+void TestController::moduleSettings()
+{
+    QFETCH(QByteArray, item);
+    QFETCH(QByteArray, value);
+    ControllerBench bench;
+    QVERIFY(bench.text(Module0, item.constData()).toUtf8() != value);
+    const QString untouched = bench.text(Module3, item.constData());
+    QVERIFY(bench.set(Module0, item.constData(), value.constData()));
+    QCOMPARE(bench.text(Module0, item.constData()).toUtf8(), value);
+    QCOMPARE(bench.text(Module3, item.constData()), untouched);
+    QCOMPARE(bench.text(Module0, "Status.adjustment"), bench.text(Module0, "Control.adjustment"));
+}
+
+void TestController::reboot()
+{
+    ControllerBench bench;
+    QVERIFY(bench.ramp(Channel00, "3000"));
+    QVERIFY(bench.set(System, "Control.liveInsertion", "1"));
+    bench.now += 60;
+    QVERIFY(bench.set(System, "Control.reboot", "0"));
+    QCOMPARE(bench.number(Channel00, "Status.voltageMeasure"), 3000.0);
+    QVERIFY(bench.set(System, "Control.reboot", "1"));
+    QVERIFY(bench.controller.isAvailable());
+    QCOMPARE(bench.number(Channel00, "Status.voltageMeasure"), 0.0);
+    QCOMPARE(bench.number(Channel00, "Control.voltageSet"), 3000.0);
+    QVERIFY(!bench.isTrue(System, "Control.liveInsertion"));
+    QCOMPARE(bench.number(System, "Status.heartBeat"), 0.0);
+}
+
+void TestController::shutdown()
+{
+    ControllerBench bench;
+    QVERIFY(bench.ramp(Channel00, "3000"));
+    bench.now += 60;
+    QVERIFY(bench.set(System, "Control.shutdown", "1"));
+    QVERIFY(!bench.controller.isAvailable());
+    bench.controller.setAvailable(true);
+    QCOMPARE(bench.number(Channel00, "Status.voltageMeasure"), 0.0);
+}
+
+void TestController::systemItems_data()
+{
+    QTest::addColumn<QByteArray>("control");
+    QTest::addColumn<QByteArray>("value");
+    QTest::addColumn<QByteArray>("status");
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("after");
+    const auto row = [](const char *control, const char *value, const char *status, const char *before,
+                        const char *after) {
+        QTest::addRow("%s %s", control, status)
+            << QByteArray(control) << QByteArray(value) << QByteArray(status) << QString::fromLatin1(before)
+            << QString::fromLatin1(after);
+    };
+    row("Control.wifi", "1", "Status.runningStateWifi", "off", "ok");
+    row("Control.wifi", "1", "Status.wifiState", "off", "ok");
+    row("Control.liveInsertion", "1", "Status.liveInsertion", "false", "true");
+    row("Control.disconnect", "1", "Status.connectionStatus", "connected", "disconnected");
+    row("Control.disconnect", "0", "Status.connectionStatus", "connected", "connected");
+    row("Setup.cycleTime", "500", "Setup.cycleTime", "200", "500");
+    row("Control.serviceStop", "http", "Status.runningStateWeb", "ok", "off");
+}
+
+void TestController::systemItems()
+{
+    QFETCH(QByteArray, control);
+    QFETCH(QByteArray, value);
+    QFETCH(QByteArray, status);
+    ControllerBench bench;
+    QTEST(bench.text(System, status.constData()), "before");
+    QVERIFY(bench.set(System, control.constData(), value.constData()));
+    QTEST(bench.text(System, status.constData()), "after");
+    // A line shows the same items.
+    QTEST(bench.text({OrbItemId::Line, 0, 0, -1}, status.constData()), "after");
+}
+
+void TestController::interfaceServices()
+{
+    ControllerBench bench;
+    QCOMPARE(bench.text(System, "Status.protocols"), QStringLiteral("http,websocket"));
+    QVERIFY(bench.set(System, "Control.serviceStop", "http"));
+    QCOMPARE(bench.text(System, "Status.protocols"), QStringLiteral("websocket"));
+    QVERIFY(bench.set(System, "Control.serviceStop", "websocket"));
+    QCOMPARE(bench.text(System, "Status.protocols"), QString());
+    QVERIFY(bench.set(System, "Control.serviceRestart", "websocket"));
+    QVERIFY(bench.set(System, "Control.serviceStart", "http"));
+    QCOMPARE(bench.text(System, "Status.protocols"), QStringLiteral("http,websocket"));
+    QCOMPARE(bench.write(System, "Control.serviceStart", "telegraph"), TarnResult::Failed);
+}
+
+void TestController::scan()
+{
+    ControllerBench bench;
+    QVERIFY(!bench.isTrue(System, "Status.discover"));
+    QVERIFY(bench.set(System, "Control.restartScan", "1"));
+    QVERIFY(bench.isTrue(System, "Status.discover"));
+    bench.now += 2.01;
+    QVERIFY(!bench.isTrue(System, "Status.discover"));
+    QVERIFY(bench.set(System, "Control.disconnect", "1"));
+    QVERIFY(bench.set(System, "Control.connect", "1"));
+    QCOMPARE(bench.text(System, "Status.connectionStatus"), QStringLiteral("connected"));
+}
+
+void TestController::heartBeat()
+{
+    ControllerBench bench;
+    const double before = bench.number(System, "Status.heartBeat");
+    bench.now += 10;
+    QCOMPARE(bench.number(System, "Status.heartBeat"), before + 50);
+    QVERIFY(bench.set(System, "Setup.cycleTime", "100"));
+    bench.now += 1;
+    QCOMPARE(bench.number(System, "Status.heartBeat"), 210.0);
+}
+
+QTEST_APPLESS_MAIN(TestController)
+#include "tst_controller.moc"
