@@ -9,7 +9,7 @@
 #include <functional>
 
 /// A subscriber that keeps what it is told and does what it is told to do.
-class RecordingSubscriber : public DlMessageSubscriber
+class RecordingSubscriber final : public DlMessageSubscriber
 {
 public:
     bool wantsNotification(DlNotificationQuery &query) override

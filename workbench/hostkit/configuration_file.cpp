@@ -255,7 +255,7 @@ bool loadConfiguration(KdPluginConfiguration &tree, const QString &path, QString
     if (text.size() > MaximumConfigurationSize)
         return fail(error, translated("\"%1\" is too large for a configuration.").arg(path));
 
-    QJsonParseError parseError;
+    QJsonParseError parseError{};
     const QJsonDocument document = QJsonDocument::fromJson(text, &parseError);
     if (parseError.error != QJsonParseError::NoError)
         return fail(error, translated("\"%1\", %2").arg(path, parseErrorText(text, parseError)));

@@ -172,8 +172,9 @@ void VectorIconEngine::paint(QPainter *painter, const QRect &rect, QIcon::Mode m
     painter->translate(rect.topLeft());
     painter->scale(1 / ratio, 1 / ratio);
     // Centred, on whole pixels.
-    painter->translate((static_cast<int>(rect.width() * ratio) - side) / 2,
-                       (static_cast<int>(rect.height() * ratio) - side) / 2);
+    const int left = (static_cast<int>(rect.width() * ratio) - side) / 2;
+    const int top = (static_cast<int>(rect.height() * ratio) - side) / 2;
+    painter->translate(left, top);
     Pencil pencil(*painter, side, QGuiApplication::palette().color(group, QPalette::ButtonText));
     drawing(pencil);
     painter->restore();
