@@ -257,6 +257,19 @@ BENCHMARK(runCommentLines)
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond);
 
+// One line of any length: the cost per character stays the same.
+void runLongLine(benchmark::State &state)
+{
+    const int length = int(state.range(0));
+    const QString text = QString(length, QLatin1Char('x')) + QLatin1Char('\n');
+    for (auto _ : state) {
+        Host host;
+        const auto tool = shownTool(host);
+        state.counters["us_per_character"] = secondsOf([&] { runFile(*tool, text); }) / length * 1e6;
+    }
+}
+BENCHMARK(runLongLine)->Arg(10000)->Arg(100000)->Arg(1000000)->Iterations(1)->Unit(benchmark::kMillisecond);
+
 } // namespace
 
 int main(int argc, char **argv)

@@ -102,7 +102,11 @@ void TerminalFileEditor::openFile(const QString &path)
     const QString text = stream.readAll();
     if (file.error() != QFileDevice::NoError)
         return;
-    setPlainText(text);
+    // As one edit, so that what was typed before can be had back.
+    QTextCursor all(document());
+    all.select(QTextCursor::Document);
+    all.insertText(text);
+    moveCursor(QTextCursor::Start);
     currentFile = path;
     setUnmodified();
     rememberFile(path);

@@ -94,7 +94,7 @@ void TerminalOrbClientConsole::startWait(int milliseconds)
     if (waiting)
         return;
     waiting = true;
-    hadFocus = hasFocus();
+    hadFocus = window()->focusWidget() == this; // also while another window is in front
     KdChildEvent busyEvent(KD::BusyChanged, qint64{1});
     observer.processChildEvent(busyEvent);
     // The focus stays in the tool: left to itself, a disabled widget hands it to whatever comes next in the window.
