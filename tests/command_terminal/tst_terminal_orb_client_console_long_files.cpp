@@ -1,11 +1,11 @@
 // Command files of very many lines that need no answer: they neither deepen the stack nor freeze the window, and what
 // they cost grows with their number.
 #include "tests/command_terminal/console_bench.h"
+#include "tests/command_terminal/processor_time.h"
 
 #include <QTimer>
 
 #include <algorithm>
-#include <ctime>
 #include <limits>
 
 namespace
@@ -36,12 +36,6 @@ constexpr quintptr StackBound = 40000;
 QString manyLines(const QString &line, int count)
 {
     return (line + QLatin1Char('\n')).repeated(count);
-}
-
-/// Processor time of this process, in seconds: other processes do not count.
-double processorTime()
-{
-    return double(std::clock()) / CLOCKS_PER_SEC;
 }
 
 /// How long that takes depends on the machine: the time that a test may take bounds it.

@@ -1,5 +1,6 @@
 // What the console makes of raw messages: triggers, the data of an answer, what nobody waits for, and rubbish.
 #include "tests/command_terminal/console_bench.h"
+#include "tests/command_terminal/processor_time.h"
 
 namespace
 {
@@ -12,6 +13,17 @@ QString getRequest()
 QString setRequest()
 {
     return QStringLiteral(R"({"c":[{"c":"setItem","p":{}}]})");
+}
+
+/// What it costs to show an answer of one word.
+double costOfWord(int length)
+{
+    ConsoleBench bench;
+    bench.window.show();
+    bench.enter(setRequest());
+    const double before = processorTime();
+    bench.say(QString(length, QLatin1Char('x')));
+    return processorTime() - before;
 }
 
 /// Lets the time of the outstanding wait run out now.
@@ -69,6 +81,7 @@ private Q_SLOTS:
     void answerOfAnyContent();
     void lateMessageOfAnyContent_data() { addTextsOfAnyKind(); }
     void lateMessageOfAnyContent();
+    void longWordsCostByTheirLength();
     void messagesWithinOneWaitAreOneAnswer();
     void wantsMessagesOnlyWhileItWaits();
 };
@@ -308,6 +321,15 @@ void TestTerminalOrbClientConsoleMessages::lateMessageOfAnyContent()
     QCOMPARE(bench.display().constLast(), QStringLiteral("white:> half "));
     bench.enter(QStringLiteral("whole"));
     QCOMPARE(bench.backend.requests(), QStringList{QStringLiteral("half whole")});
+}
+
+void TestTerminalOrbClientConsoleMessages::longWordsCostByTheirLength()
+{
+    costOfWord(1000); // fonts and caches
+    const double brief = costOfWord(40000);
+    const double longer = costOfWord(200000);
+    // 5 if each character costs the same, 25 if it costs more behind others.
+    QVERIFY2(longer / brief < 13, qPrintable(QStringLiteral("%1 s and %2 s").arg(brief).arg(longer)));
 }
 
 void TestTerminalOrbClientConsoleMessages::messagesWithinOneWaitAreOneAnswer()
