@@ -5,6 +5,7 @@
 
 #include <QFontDatabase>
 #include <QTextDocument>
+#include <QTextOption>
 
 namespace
 {
@@ -29,6 +30,10 @@ TerminalConsole::TerminalConsole(QWidget *parent, KdMainData &hostData, KdObserv
     setPalette(blackAndWhite);
     setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     setTabStopDistance(TabStopPixels);
+    // Right-to-left input would otherwise turn its whole line around, the prompt included.
+    QTextOption leftToRight = document()->defaultTextOption();
+    leftToRight.setTextDirection(Qt::LeftToRight);
+    document()->setDefaultTextOption(leftToRight);
     // Undo would take back output and move the prompt; it would also keep a copy of every line for a night.
     setUndoRedoEnabled(false);
     clearConsole(QString());
@@ -125,7 +130,7 @@ void TerminalConsole::printSuccessAbovePrompt(const QString &text)
 void TerminalConsole::clearConsole(const QString &banner)
 {
     clear();
-    // Right-to-left input would otherwise turn its whole line around, the prompt included.
+    // The same for the arrow keys, which follow the line's format.
     QTextBlockFormat leftToRight;
     leftToRight.setLayoutDirection(Qt::LeftToRight);
     QTextCursor cursor = textCursor();

@@ -30,9 +30,12 @@ bool isEditingKey(const QKeyEvent &event)
     }
     if (event.matches(QKeySequence::Copy) || event.matches(QKeySequence::SelectAll))
         return false;
+    if (event.key() == Qt::Key_Tab || event.key() == Qt::Key_Enter)
+        return true;
+    // Direction marks, private characters and halves of characters are typed as well, though none counts as printable.
     const QString text = event.text();
-    return event.key() == Qt::Key_Tab || event.key() == Qt::Key_Enter
-        || (!text.isEmpty() && text.at(0).isPrint());
+    return !text.isEmpty()
+        && (text.at(0) == QLatin1Char('\t') || text.at(0).category() != QChar::Other_Control);
 }
 
 } // namespace
@@ -308,9 +311,22 @@ void TerminalConsole::inputMethodEvent(QInputMethodEvent *event)
 {
     if (busy)
         return;
-    if (!event->commitString().isEmpty() || !event->preeditString().isEmpty())
+    const bool replaces = event->replacementLength() > 0;
+    if (replaces || !event->commitString().isEmpty() || !event->preeditString().isEmpty())
         confineToInput();
-    KdPlainTextEdit::inputMethodEvent(event);
+    if (!replaces) {
+        KdPlainTextEdit::inputMethodEvent(event);
+        return;
+    }
+    // What is replaced counts from the cursor, after the selection went, and may reach over the prompt.
+    const QTextCursor cursor = textCursor();
+    const int position = cursor.selectionStart();
+    const int end = document()->characterCount() - 1 - (cursor.selectionEnd() - position);
+    const int from = qBound(promptEnd, position + event->replacementStart(), end);
+    const int to = qBound(from, position + event->replacementStart() + event->replacementLength(), end);
+    QInputMethodEvent confined(event->preeditString(), event->attributes());
+    confined.setCommitString(event->commitString(), from - position, to - from);
+    KdPlainTextEdit::inputMethodEvent(&confined);
 }
 
 bool TerminalConsole::canInsertFromMimeData(const QMimeData *source) const
@@ -323,6 +339,9 @@ void TerminalConsole::insertFromMimeData(const QMimeData *source)
     if (!canInsertFromMimeData(source))
         return;
     confineToInput();
-    KdPlainTextEdit::insertFromMimeData(source);
+    // Not the editor's own way, which brings the source's line formats along: they turn right-to-left lines around.
+    QTextCursor cursor = textCursor();
+    cursor.insertText(source->text());
+    setTextCursor(cursor);
     ensureCursorVisible();
 }

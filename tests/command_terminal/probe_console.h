@@ -58,6 +58,7 @@ public:
     using TerminalConsole::history;
     using TerminalConsole::historyIndex;
     using TerminalConsole::inputMode;
+    using TerminalConsole::mousePressEvent;
     using TerminalConsole::promptEnd;
     using TerminalConsole::timerId;
 
