@@ -27,6 +27,9 @@ TerminalConsoleCompleter::TerminalConsoleCompleter(TerminalConsole *console)
     setMinimumSize(10, 10);
     setFocusPolicy(Qt::NoFocus);
     scrollArea->setFocusPolicy(Qt::NoFocus);
+    // One pixel under every style: with the thicker frame of some, a list that fits would get scroll bars.
+    scrollArea->setFrameStyle(QFrame::Box | QFrame::Plain);
+    scrollArea->setLineWidth(1);
 
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(1, 1, 1, 1);
