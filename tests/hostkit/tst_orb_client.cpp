@@ -324,7 +324,7 @@ void TestOrbClient::readsValues()
 
 void TestOrbClient::emptiesAValueThatCannotBeRead()
 {
-    OrbItemValue value {OrbItemId(OrbItemId::System)};
+    OrbItemValue value{OrbItemId(OrbItemId::System)};
     value.setValue(5);
     value.setUnit(QStringLiteral("V"));
     QVERIFY(!client->readItemValue(value));
