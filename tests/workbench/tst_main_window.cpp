@@ -9,21 +9,29 @@
 #include "workbench/app/tool_docks.h"
 #include "workbench/app/tool_host.h"
 #include "workbench/app/tool_menu.h"
+#include "workbench/app/unsaved_text.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QFile>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenuBar>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QPushButton>
 #include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include <memory>
 
 using workbench::MainWindow;
 using workbench::SettingsStore;
 using workbench::ToolDock;
+
+Q_DECLARE_METATYPE(QMessageBox::StandardButton)
 
 namespace
 {
@@ -222,6 +230,51 @@ private Q_SLOTS:
         quit->trigger();
         QVERIFY(!bench.window->isVisible());
         QVERIFY(bench.system.mainData.shuttingDown);
+    }
+
+    void asksBeforeTypedTextIsLost_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<bool>("savable");
+        QTest::addColumn<QMessageBox::StandardButton>("answer"); // NoButton where nothing is asked
+        QTest::addColumn<bool>("closes");
+        const QString text = QStringLiteral("wait 1000");
+        QTest::newRow("cancelled") << text << true << QMessageBox::Cancel << false;
+        QTest::newRow("discarded") << text << true << QMessageBox::Discard << true;
+        QTest::newRow("saved") << text << false << QMessageBox::NoButton << true;
+        QTest::newRow("empty") << QString() << true << QMessageBox::NoButton << true;
+    }
+
+    void asksBeforeTypedTextIsLost()
+    {
+        QFETCH(QString, typed);
+        QFETCH(bool, savable);
+        QFETCH(QMessageBox::StandardButton, answer);
+        QFETCH(bool, closes);
+        Bench bench;
+        KdPluginWidget *tool = bench.window->toolHost().tool(bench.alpha());
+        auto *editor = new QPlainTextEdit(tool);
+        editor->setObjectName(QStringLiteral("editor"));
+        editor->setPlainText(QStringLiteral("put there by the program"));
+        QVERIFY(!workbench::hasUnsavedText(*tool));
+        auto *save = new QAction(QStringLiteral("Save File"), tool);
+        QVERIFY(!workbench::hasUnsavedText(*tool));
+        editor->selectAll();
+        QTest::keyClick(editor, Qt::Key_Delete);
+        QTest::keyClicks(editor, typed);
+        save->setEnabled(savable);
+
+        int questions = 0;
+        QTimer::singleShot(0, bench.window.get(), [&] {
+            if (auto *question = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+                ++questions;
+                question->button(answer)->click();
+            }
+        });
+        QCOMPARE(bench.window->close(), closes);
+        QCOMPARE(bench.window->isVisible(), !closes);
+        QCOMPARE(bench.system.mainData.shuttingDown, closes);
+        QCOMPARE(questions, answer == QMessageBox::NoButton ? 0 : 1);
     }
 
     void keepsSettingsBetweenRuns()

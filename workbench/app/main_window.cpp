@@ -2,12 +2,14 @@
 
 #include "hostsdk/kd_main_data.h"
 #include "hostsdk/kd_plugin_configuration.h"
+#include "hostsdk/kd_plugin_widget.h"
 #include "workbench/app/system_model.h"
 #include "workbench/app/system_view.h"
 #include "workbench/app/tool_dock.h"
 #include "workbench/app/tool_docks.h"
 #include "workbench/app/tool_host.h"
 #include "workbench/app/tool_menu.h"
+#include "workbench/app/unsaved_text.h"
 
 #include <QAction>
 #include <QApplication>
@@ -111,6 +113,10 @@ void MainWindow::shutDown()
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
+    if (!isShutDown && !mayDiscardTexts()) {
+        event->ignore();
+        return;
+    }
     shutDown();
     QMainWindow::closeEvent(event);
 }
@@ -202,6 +208,25 @@ void MainWindow::applyDefaultSizes()
         }
     }
     resizeDocks(side, widths, Qt::Horizontal);
+}
+
+bool MainWindow::mayDiscardTexts()
+{
+    const QVector<quint32> classes = host->toolClasses();
+    for (quint32 classId : classes) {
+        const KdPluginWidget *tool = host->tool(classId);
+        if (!tool || !hasUnsavedText(*tool))
+            continue;
+        QMessageBox question(
+            QMessageBox::Warning, tr("Quit the workbench"),
+            tr("The editor of \"%1\" holds text that is not saved.").arg(host->title(classId)),
+            QMessageBox::Discard | QMessageBox::Cancel, this);
+        question.setInformativeText(tr("It is lost when the workbench ends."));
+        question.setDefaultButton(QMessageBox::Cancel);
+        if (question.exec() != QMessageBox::Discard)
+            return false;
+    }
+    return true;
 }
 
 void MainWindow::updateCounts()

@@ -22,7 +22,8 @@ class ToolDocks;
 class ToolHost;
 class ToolMenu;
 
-/// The workbench's window: the simulated system on one side, the plug-in's tools on the other. GUI thread only.
+/// The workbench's window: the simulated system on one side, the plug-in's tools on the other. Closing it asks first
+/// when a tool holds text that is not saved. GUI thread only.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -42,7 +43,7 @@ public:
     /// Puts window and docks where they are on the first start.
     void resetLayout();
 
-    /// Saves settings and layout, then stops and deletes the tools. Safe to call twice.
+    /// Saves settings and layout without asking anything, then stops and deletes the tools. Safe to call twice.
     void shutDown();
 
 protected:
@@ -55,6 +56,7 @@ private:
     void buildBanner();
     void restoreLayout();
     void applyDefaultSizes();
+    bool mayDiscardTexts();
     void updateCounts();
     void showMessage(const QString &text);
     void showAbout();

@@ -19,7 +19,8 @@ QString tr(const char *text)
 /// The rules between options that the parser does not know; an empty text when they are kept.
 QString complaint(const QCommandLineParser &parser)
 {
-    for (const QString &name : parser.optionNames()) {
+    const QStringList names = parser.optionNames();
+    for (const QString &name : names) {
         if (name != QLatin1String("quit-when-done") && parser.value(name).isEmpty())
             return tr("--%1 needs a value.").arg(name);
     }

@@ -116,7 +116,7 @@ KdPluginWidget *ToolHost::openTool(quint32 classId, QWidget *parent, int layoutM
     send(classId, query);
     queriedClass = 0;
     if (!tool.answered)
-        qCWarning(hostLog) << "the tool" << tool.description.title << "does not answer";
+        qCWarning(hostLog, "the tool \"%s\" does not answer", qUtf8Printable(tool.description.title));
     return tool.widget;
 }
 
@@ -163,7 +163,8 @@ void ToolHost::processChildEvent(KdChildEvent &event)
         if (find(classId) && !event.stringArguments.isEmpty())
             Q_EMIT menuEntryRegistered(classId, event.stringArguments);
         else
-            qCWarning(hostLog) << "menu entry refused:" << event.intArguments << event.stringArguments;
+            qCWarning(hostLog, "menu entry refused: class %u, path \"%s\"", classId,
+                      qUtf8Printable(event.stringArguments.join(QLatin1Char('/'))));
         break;
     case KD::ToolShown:
         if (find(classId))
