@@ -103,6 +103,8 @@ void TestTerminalCommandGenerationAddress::numbersOfTheIdentifierBefore()
     QCOMPARE(m_bench->text("lineEdit"), QStringLiteral("0"));
     QCOMPARE(m_bench->text("addressEdit"), QString());
     QCOMPARE(m_bench->text("channelEdit"), QString());
+    m_bench->form->setItemId(OrbItemId(OrbItemId::System));
+    QCOMPARE(m_bench->text("lineEdit"), QString());
 }
 
 void TestTerminalCommandGenerationAddress::theControllerOfTheIdentifierIsSelected_data()

@@ -141,9 +141,12 @@ void TestTerminalPluginEntry::theEntryReturnsTheSection()
 {
     const char *metadata = m_built.metadata();
     QVERIFY(metadata);
-    const QByteArray section = metadataSection();
-    QVERIFY(section.size() > HeaderSize);
-    QCOMPARE(QByteArray(metadata, section.size()), section);
+    QCborStreamReader reader(metadataSection().mid(HeaderSize));
+    QCborValue::fromCbor(reader);
+    QVERIFY(reader.currentOffset() > 0);
+    // The block alone: what a sanitizer pads the section with must not be read.
+    const int size = HeaderSize + static_cast<int>(reader.currentOffset());
+    QCOMPARE(QByteArray(metadata, size), metadataSection().left(size));
 }
 
 // Instances
