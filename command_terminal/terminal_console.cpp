@@ -30,6 +30,9 @@ TerminalConsole::TerminalConsole(QWidget *parent, KdMainData &hostData, KdObserv
     setPalette(blackAndWhite);
     setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     setTabStopDistance(TabStopPixels);
+    // Looking for a blank to break at takes the square of a word's length: an answer of some 100,000 characters without
+    // one would freeze the window for many seconds.
+    setWordWrapMode(QTextOption::WrapAnywhere);
     // Right-to-left input would otherwise turn its whole line around, the prompt included.
     QTextOption leftToRight = document()->defaultTextOption();
     leftToRight.setTextDirection(Qt::LeftToRight);

@@ -17,6 +17,7 @@ TerminalFileEditor::TerminalFileEditor(QWidget *parent, TerminalPluginState *sta
     : KdPlainTextEdit(parent, hostData, eventObserver), pluginState(state)
 {
     setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    setWordWrapMode(QTextOption::WrapAnywhere); // at blanks, a file of one long word would freeze the window
     connect(this, &QPlainTextEdit::textChanged, this, &TerminalFileEditor::textWasChanged);
 }
 

@@ -1,6 +1,7 @@
 // How long the console waits, what happens meanwhile, and who has the focus afterwards.
 #include "tests/command_terminal/console_bench.h"
 
+#include <QApplication>
 #include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QTimerEvent>
@@ -267,9 +268,10 @@ void TestTerminalOrbClientConsoleWaits::focusStaysInTheToolDuringTheWait()
     ConsoleBench bench;
     QVERIFY(bench.showActive());
     bench.enter(request());
+    // Where the tool's own shortcuts work.
+    QCOMPARE(QApplication::focusWidget(), bench.tool);
     QTest::keyClick(bench.window.windowHandle(), Qt::Key_A);
     QVERIFY(bench.elsewhere->text().isEmpty());
-    QVERIFY(!bench.elsewhere->hasFocus());
 }
 
 void TestTerminalOrbClientConsoleWaits::clearedDuringAWait()
