@@ -44,6 +44,7 @@ private Q_SLOTS:
     void subscriberMayRemoveAnother();
     void subscriberMayAddAnother();
     void subscriberMayLeaveWhenAsked();
+    void subscriberMayRemoveAnotherWhenAsked();
     void subscriberMayRunAnEventLoop();
     void subscriberMaySendTheNextRequest();
     void answersDoNotStarveOtherEvents();
@@ -484,6 +485,25 @@ void TestDlDataAccess::subscriberMayLeaveWhenAsked()
     QCOMPARE(subscriber.queries.size(), 1);
     QVERIFY(subscriber.told.isEmpty());
     dataAccess->unsubscribe(&stays);
+}
+
+void TestDlDataAccess::subscriberMayRemoveAnotherWhenAsked()
+{
+    RecordingSubscriber first;
+    auto second = std::make_unique<RecordingSubscriber>();
+    bool asked = false;
+    second->onQuery = [&] { asked = true; };
+    first.onQuery = [&] {
+        if (second)
+            dataAccess->unsubscribe(second.get());
+    };
+    dataAccess->subscribeRawMessage(&first);
+    dataAccess->subscribeRawMessage(second.get());
+    send(A);
+    QTRY_COMPARE(first.told, QStringList(A));
+    QVERIFY(!asked);
+    QVERIFY(second->told.isEmpty());
+    dataAccess->unsubscribe(&first);
 }
 
 void TestDlDataAccess::subscriberMayRunAnEventLoop()
