@@ -49,6 +49,8 @@ private Q_SLOTS:
     void leavesCursorBeforeThePrompt();
     void backspaceDeletesTheSelection();
     void backspaceRightAfterThePromptChangesNothing();
+    void backspaceByWordsStopsAtThePrompt_data();
+    void backspaceByWordsStopsAtThePrompt();
     void returnSendsTheWholeInput_data();
     void returnSendsTheWholeInput();
     void keypadEnterOnlyBreaksTheLine_data();
@@ -374,6 +376,24 @@ void TstTerminalConsoleKeys::backspaceRightAfterThePromptChangesNothing()
         QCOMPARE(console->toPlainText(), QStringLiteral("> out\n> "));
         QCOMPARE(console->cursorInInput(), 0);
     }
+}
+
+void TstTerminalConsoleKeys::backspaceByWordsStopsAtThePrompt_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("left");
+    QTest::newRow("last of two words") << QStringLiteral("one two") << QStringLiteral("one ");
+    QTest::newRow("only word") << QStringLiteral("one") << QString();
+    QTest::newRow("blank, which runs on into the prompt") << QStringLiteral(" ") << QString();
+}
+
+void TstTerminalConsoleKeys::backspaceByWordsStopsAtThePrompt()
+{
+    QFETCH(QString, typed);
+    QFETCH(QString, left);
+    console->type(typed);
+    console->press(Qt::Key_Backspace, Qt::ControlModifier);
+    QCOMPARE(console->toPlainText(), QStringLiteral("> ") + left);
 }
 
 void TstTerminalConsoleKeys::returnSendsTheWholeInput_data()
