@@ -32,6 +32,7 @@ private Q_SLOTS:
     void fromOutsideStopsNothing();
     void withNothingToStopItDoesNothing_data();
     void withNothingToStopItDoesNothing();
+    void withNothingToStopTheKeysAreTheHosts();
     void copiesWithNothingToStop();
     void theKeysAreNobodysAfterwards();
     void aLateAnswerIsPrinted();
@@ -267,6 +268,22 @@ void TestTerminalWidgetStop::withNothingToStopItDoesNothing()
     QCOMPARE(m_bench->editor->toPlainText(), QString());
     QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("before"));
     QVERIFY(m_bench->observer.events().empty());
+}
+
+void TestTerminalWidgetStop::withNothingToStopTheKeysAreTheHosts()
+{
+    QAction hostCopy;
+    hostCopy.setShortcut(QKeySequence::Copy);
+    m_bench->window.addAction(&hostCopy);
+    QSignalSpy triggered(&hostCopy, &QAction::triggered);
+    // A button makes nothing of these keys itself.
+    m_bench->panel->findChild<QPushButton *>(QStringLiteral("getButton"))->setFocus();
+    pressCtrlC();
+    QCOMPARE(triggered.size(), 1);
+    m_bench->beginWaiting();
+    m_bench->endWaiting();
+    pressCtrlC();
+    QCOMPARE(triggered.size(), 2);
 }
 
 void TestTerminalWidgetStop::copiesWithNothingToStop()
