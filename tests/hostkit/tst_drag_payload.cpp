@@ -3,6 +3,8 @@
 #include "hostsdk/kd_main_data.h"
 #include "hostsdk/kd_plugin_common.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QtTest>
 
 #include <limits>
@@ -55,6 +57,7 @@ void TestDragPayload::leavesOutWhatIsNoPlace()
 {
     const QVector<OrbItemId> ids{OrbItemId(), OrbItemId(OrbItemId::Item), OrbItemId(OrbItemId::System)};
     const auto payload = hostkit::makeDragPayload(ids, hostkit::dragMimeType());
+    QCOMPARE(QJsonDocument::fromJson(payload->data(hostkit::dragMimeType())).array().size(), 1);
     QVector<OrbItemId> items;
     QVERIFY(KdPluginCommon::parseDragAndDropString(payload.get(), items));
     QCOMPARE(items.size(), 1);

@@ -284,7 +284,9 @@ bool RecordingBackend::rawRequest(const QString &controller, const QString &requ
     }
     if (handler)
         answer = handler(controller, request);
-    reply = answer.reply;
+    // A backend that has nothing to say need not touch the text.
+    if (!answer.reply.isEmpty())
+        reply = answer.reply;
     // Never before this returns, as every backend promises.
     if (!answer.messages.isEmpty()) {
         QMetaObject::invokeMethod(
