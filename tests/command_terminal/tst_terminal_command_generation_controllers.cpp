@@ -2,10 +2,10 @@
 #include "hostsdk/kd_custom_q_event.h"
 #include "tests/command_terminal/command_form_bench.h"
 
+#include <QThread>
 #include <QtTest>
 
 #include <memory>
-#include <thread>
 
 /// The list of the controllers, and the notifications that refresh it.
 class TestTerminalCommandGenerationControllers : public QObject
@@ -102,14 +102,15 @@ void TestTerminalCommandGenerationControllers::aStructureChangeOnlyPosts()
 
 void TestTerminalCommandGenerationControllers::aStructureChangeFromAnotherThread()
 {
-    std::thread other([this] {
+    const std::unique_ptr<QThread> other(QThread::create([this] {
         for (int i = 0; i < 20; ++i) {
             m_bench->form->structureChanged(OrbItemId());
             m_bench->backend.sendStructureChanged(OrbItemId());
         }
-    });
+    }));
+    other->start();
     QTRY_COMPARE(m_bench->listed().size(), CommandFormBench::threeControllers().size());
-    other.join();
+    QVERIFY(other->wait());
     CommandFormBench::settle();
     QVERIFY(!m_bench->backend.listedElsewhere);
     QCOMPARE(m_bench->chosen().constLast(), QStringLiteral("North"));
