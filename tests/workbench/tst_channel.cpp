@@ -334,6 +334,9 @@ void TestChannel::constantCurrent()
     QVERIFY(bench.isTrue("Status.constantCurrent"));
     QVERIFY(!bench.isTrue("Status.constantVoltage"));
     QVERIFY(bench.isTrue("Event.constantCurrent"));
+    // What is asked for already starts nothing.
+    QVERIFY(bench.set("Control.voltageSet", "1000"));
+    QVERIFY(!bench.isTrue("Status.ramping"));
     // Down from the voltage that is there, not from the one that was asked for.
     QVERIFY(bench.set("Control.on", "0"));
     bench.advance(1);

@@ -20,10 +20,13 @@ constexpr ObjectAddress Module3{OrbItemId::Module, 0, 3, -1};
 constexpr ObjectAddress Channel00{OrbItemId::Channel, 0, 0, 0};
 constexpr ObjectAddress Channel31{OrbItemId::Channel, 0, 3, 1};
 
-/// The first controller of the rehearsal plant, in a time that the test steps.
+/// A controller of the rehearsal plant, the first unless told otherwise, in a time that the test steps.
 class ControllerBench
 {
 public:
+    explicit ControllerBench(std::size_t which = 0) : controller(PlantLayout::rehearsal().controllers[which])
+    { }
+
     QString text(const ObjectAddress &object, const char *item)
     {
         const ItemDefinition &definition =
@@ -57,7 +60,7 @@ public:
     double now = 10;
     ConnectionView view{QStringLiteral("local"), QStringLiteral("Rehearsal controller"), QStringLiteral("s"),
                         1};
-    Controller controller{PlantLayout::rehearsal().controllers.front()};
+    Controller controller;
 };
 
 } // namespace
@@ -73,7 +76,9 @@ private Q_SLOTS:
     void modulesHaveTheirChannels();
     void moduleRampspeed_data();
     void moduleRampspeed();
+    void moduleRampspeedWhileRamping();
     void runningStateRollsUp();
+    void modulesWithTheirOwnSupplyRollUp();
     void countersRollUp();
     void clearing_data();
     void clearing();
@@ -195,6 +200,21 @@ void TestController::moduleRampspeed()
     QVERIFY(std::abs(bench.number(Channel31, "Status.voltageMeasure") - 50) <= 0.5);
 }
 
+void TestController::moduleRampspeedWhileRamping()
+{
+    ControllerBench bench;
+    QVERIFY(bench.set(Channel00, "Control.voltageRampspeedUp", "60"));
+    QVERIFY(bench.set(Channel00, "Control.currentRampspeedUp", "0.1"));
+    QVERIFY(bench.ramp(Channel00, "3000"));
+    bench.now += 1; // 60 V
+    QVERIFY(bench.set(Module0, "Control.voltageRampspeed", "20"));
+    QCOMPARE(bench.number(Channel00, "Control.voltageRampspeedUp"), 1200.0);
+    bench.now += 1;
+    QVERIFY(std::abs(bench.number(Channel00, "Status.voltageMeasure") - 1260) <= 12.6);
+    QVERIFY(bench.set(Module0, "Control.currentRampspeed", "20"));
+    QCOMPARE(bench.number(Channel00, "Control.currentRampspeedUp"), 0.2);
+}
+
 void TestController::runningStateRollsUp()
 {
     ControllerBench bench;
@@ -213,6 +233,21 @@ void TestController::runningStateRollsUp()
     QCOMPARE(states(), QStringLiteral("ok info info info"));
     QVERIFY(bench.set(Channel31, "Control.emergency", "1"));
     QCOMPARE(states(), QStringLiteral("ok error error error"));
+}
+
+void TestController::modulesWithTheirOwnSupplyRollUp()
+{
+    ControllerBench bench(1);
+    QVERIFY(bench.controller.crates().isEmpty());
+    QCOMPARE(bench.controller.modules().size(), 1);
+    QVERIFY(bench.isTrue(Module0, "Status.isAlive"));
+    QCOMPARE(bench.text(System, "Status.runningStateOrb"), QStringLiteral("off"));
+    QVERIFY(bench.ramp(Channel00, "500"));
+    QCOMPARE(bench.text(System, "Status.runningStateOrb"), QStringLiteral("info"));
+    bench.now += 60;
+    QCOMPARE(bench.text(System, "Status.runningStateOrb"), QStringLiteral("ok"));
+    QVERIFY(bench.set(System, "Control.reboot", "1"));
+    QCOMPARE(bench.number(Channel00, "Status.voltageMeasure"), 0.0);
 }
 
 void TestController::countersRollUp()

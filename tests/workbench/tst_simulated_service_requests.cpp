@@ -337,6 +337,7 @@ void TestSimulatedServiceRequests::refusesControllersThatAreNotThere()
     QVERIFY(service->rawRequest(QStringLiteral("Rehearsal controller"), good, reply));
     QVERIFY(reply.isEmpty());
     QTRY_COMPARE(listener->messageCount(), 2);
+    QCOMPARE(listener->senders().constFirst(), Local);
 }
 
 void TestSimulatedServiceRequests::answersOnAnotherThread()

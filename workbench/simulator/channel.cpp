@@ -83,15 +83,13 @@ void Channel::followModuleCurrentRampspeed()
 void Channel::clearEvents(const ChannelEnvironment &environment)
 {
     settle(environment);
-    state.latch.clearEvents();
-    settle(environment); // what still is the case stays
+    state.latch.clearEvents(); // what still is the case is raised again by the next look
 }
 
 void Channel::clearErrors(const ChannelEnvironment &environment)
 {
     settle(environment);
     state.latch.clearErrors();
-    settle(environment);
 }
 
 RunningSummary Channel::summary(const ChannelEnvironment &environment)

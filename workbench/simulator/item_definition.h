@@ -44,11 +44,11 @@ struct ItemRange
 /// One item of a level: a row of a table. Plain data.
 struct ItemDefinition
 {
-    const char *name;
-    ItemKind kind;
-    ItemAccess access;
-    const char *unit; ///< UTF-8, "" for none
-    ItemSource source;
+    const char *name = "";
+    ItemKind kind = ItemKind::Bool;
+    ItemAccess access = ItemAccess::Read;
+    const char *unit = ""; ///< UTF-8, "" for none
+    ItemSource source = ItemSource::Constant;
     quint8 argument = 0;
     double number = 0; ///< default of a bool, int or float
     const char *text = ""; ///< default of a string

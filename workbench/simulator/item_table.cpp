@@ -3,7 +3,7 @@
 namespace simulator
 {
 
-ItemTable::ItemTable(const ItemDefinition *tableRows, int count) : rows(tableRows)
+void ItemTable::indexRows(int count)
 {
     index.reserve(count);
     allNames.reserve(count);

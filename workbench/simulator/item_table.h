@@ -15,8 +15,10 @@ class ItemTable
 public:
     /// `rows` is not owned and outlives the table.
     template <std::size_t Size>
-    explicit ItemTable(const ItemDefinition (&tableRows)[Size]) : ItemTable(tableRows, static_cast<int>(Size))
-    { }
+    explicit ItemTable(const ItemDefinition (&tableRows)[Size]) : rows(tableRows)
+    {
+        indexRows(static_cast<int>(Size));
+    }
 
     /// Null when the level has no item of that name.
     const ItemDefinition *find(const QString &name) const;
@@ -28,7 +30,7 @@ public:
     const QString &unit(const ItemDefinition &item) const;
 
 private:
-    ItemTable(const ItemDefinition *tableRows, int count);
+    void indexRows(int count);
 
     const ItemDefinition *const rows;
     QHash<QString, int> index;

@@ -30,7 +30,7 @@ public:
 private:
     struct Call
     {
-        OrbBackendListener *target;
+        OrbBackendListener *target = nullptr;
         std::thread::id caller;
     };
 

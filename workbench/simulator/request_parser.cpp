@@ -121,7 +121,7 @@ bool RequestParser::parseDocument(const QString &request, QVector<RequestCommand
         return false;
     }
     const QByteArray utf8 = request.toUtf8();
-    QJsonParseError parseError;
+    QJsonParseError parseError{};
     const QJsonDocument document = QJsonDocument::fromJson(utf8, &parseError);
     if (parseError.error != QJsonParseError::NoError) {
         const QByteArray before = utf8.left(errorOffset(parseError, utf8.size()));
