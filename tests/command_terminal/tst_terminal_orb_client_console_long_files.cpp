@@ -69,6 +69,7 @@ private Q_SLOTS:
     void keysMeanwhileAreLost();
     void messageMeanwhileIsPrinted();
     void stopMeanwhileEndsIt();
+    void emptyFileMeanwhileEndsIt();
     void clearedMeanwhile();
     void destroyedMeanwhile();
 };
@@ -191,6 +192,18 @@ void TestTerminalOrbClientConsoleLongFiles::stopMeanwhileEndsIt()
     bench.enter(QStringLiteral("next"));
     QCOMPARE(bench.backend.requests(), QStringList{QStringLiteral("next")});
     QCOMPARE(bench.console->document()->blockCount(), blocks + 1);
+}
+
+void TestTerminalOrbClientConsoleLongFiles::emptyFileMeanwhileEndsIt()
+{
+    ConsoleBench bench;
+    QVERIFY(bench.console->runCommandFile(manyLines(QStringLiteral("# comment"), 10000)));
+    QVERIFY(!bench.console->runCommandFile(QString()));
+    QVERIFY(!bench.console->isFileRunning());
+    // No line follows that would print a prompt, and yet the keys are heard again.
+    QTRY_VERIFY(!bench.console->busy);
+    bench.enter(QStringLiteral("next"));
+    QCOMPARE(bench.backend.requests(), QStringList{QStringLiteral("next")});
 }
 
 void TestTerminalOrbClientConsoleLongFiles::clearedMeanwhile()
