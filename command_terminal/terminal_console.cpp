@@ -133,11 +133,7 @@ void TerminalConsole::printSuccessAbovePrompt(const QString &text)
 void TerminalConsole::clearConsole(const QString &banner)
 {
     clear();
-    // The same for the arrow keys, which follow the line's format.
-    QTextBlockFormat leftToRight;
-    leftToRight.setLayoutDirection(Qt::LeftToRight);
     QTextCursor cursor = textCursor();
-    cursor.setBlockFormat(leftToRight);
     cursor.setCharFormat(formatInColour(Qt::white));
     setTextCursor(cursor);
 

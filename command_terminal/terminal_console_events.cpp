@@ -339,9 +339,6 @@ void TerminalConsole::insertFromMimeData(const QMimeData *source)
     if (!canInsertFromMimeData(source))
         return;
     confineToInput();
-    // Not the editor's own way, which brings the source's line formats along: they turn right-to-left lines around.
-    QTextCursor cursor = textCursor();
-    cursor.insertText(source->text());
-    setTextCursor(cursor);
+    KdPlainTextEdit::insertFromMimeData(source);
     ensureCursorVisible();
 }

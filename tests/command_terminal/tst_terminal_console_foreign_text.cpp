@@ -31,6 +31,7 @@ private Q_SLOTS:
     void dropGoesToTheInput_data();
     void dropGoesToTheInput();
     void composedTextBecomesInput();
+    void composedTextReplacesWithinTheInput_data();
     void composedTextReplacesWithinTheInput();
     void composedTextAsksForNoCompletion();
     void backspaceTakesWholeCharacters();
@@ -228,14 +229,28 @@ void TstTerminalConsoleForeignText::composedTextBecomesInput()
     QCOMPARE(console->executed, QStringList{QStringLiteral("a\u4f60")});
 }
 
+void TstTerminalConsoleForeignText::composedTextReplacesWithinTheInput_data()
+{
+    QTest::addColumn<int>("from"); // counts from the cursor
+    QTest::addColumn<int>("length");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("before the cursor") << -2 << 1 << QStringLiteral("> abXd");
+    QTest::newRow("up to the cursor") << -2 << 2 << QStringLiteral("> abX");
+    QTest::newRow("past the end") << -1 << 5 << QStringLiteral("> abcX");
+    QTest::newRow("from before the prompt") << -6 << 3 << QStringLiteral("> Xbcd");
+    QTest::newRow("all before the prompt") << -6 << 1 << QStringLiteral("> Xabcd");
+}
+
 void TstTerminalConsoleForeignText::composedTextReplacesWithinTheInput()
 {
+    QFETCH(int, from);
+    QFETCH(int, length);
     console->type(QStringLiteral("abcdef"));
     console->mark(console->promptEnd + 6, console->promptEnd + 4); // what is marked goes first
     QInputMethodEvent composed;
-    composed.setCommitString(QStringLiteral("X"), -2, 1);
+    composed.setCommitString(QStringLiteral("X"), from, length);
     QApplication::sendEvent(console.get(), &composed);
-    QCOMPARE(console->toPlainText(), QStringLiteral("> abXd"));
+    QTEST(console->toPlainText(), "text");
 }
 
 void TstTerminalConsoleForeignText::composedTextAsksForNoCompletion()
