@@ -5,6 +5,7 @@
 #include "tests/command_terminal/terminal_fixture.h"
 
 #include <QApplication>
+#include <QFontDatabase>
 #include <QLineEdit>
 #include <QPointer>
 #include <QProxyStyle>
@@ -29,6 +30,8 @@ private Q_SLOTS:
     void fitsItsCandidates_data();
     void fitsItsCandidates();
     void fitsTheFontOfTheContents();
+    void measuresInEveryFont_data();
+    void measuresInEveryFont();
     void fitsUnderEveryStyle_data();
     void fitsUnderEveryStyle();
     void takesTheScrollBarExtentOnce();
@@ -189,6 +192,42 @@ void TstTerminalConsoleCompleter::fitsTheFontOfTheContents()
     }
     QVERIFY(exact);
     QVERIFY(above);
+}
+
+void TstTerminalConsoleCompleter::measuresInEveryFont_data()
+{
+    QTest::addColumn<QFont>("font");
+    const QFont general = QApplication::font();
+    const QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    for (const QFont &base : {general, fixed}) {
+        for (const bool kerning : {true, false}) {
+            for (const bool italic : {true, false}) {
+                QFont font = base;
+                font.setKerning(kerning);
+                font.setItalic(italic);
+                QTest::addRow("%s%s%s", base == fixed ? "fixed" : "general", kerning ? ", kerned" : "",
+                              italic ? ", italic" : "")
+                    << font;
+            }
+        }
+    }
+}
+
+void TstTerminalConsoleCompleter::measuresInEveryFont()
+{
+    QFETCH(QFont, font);
+    contents->setFont(font);
+    const QStringList texts{QStringLiteral("iiiiiiiiii"), QStringLiteral("WWWWWW"),
+                            QStringLiteral("AVAVAVAV"),   QStringLiteral("office fluff"),
+                            QStringLiteral("fffffffff"),  QStringLiteral("\t\t"),
+                            QStringLiteral("a\nbbbbbbb"), QStringLiteral("\u4f60\u597d\u4f60\u597d"),
+                            QStringLiteral("e\u0301"),    QStringLiteral("trailing f")};
+    for (const QString &second : texts) {
+        for (const QString &first : texts) {
+            popup->showCompletions({first, second});
+            QCOMPARE(contents->width(), qMax(widthOf(first), widthOf(second)) + 4);
+        }
+    }
 }
 
 void TstTerminalConsoleCompleter::fitsUnderEveryStyle_data()

@@ -244,7 +244,9 @@ void TstTerminalConsoleCompleterContents::paintsEveryRowInItsPlace()
 
 void TstTerminalConsoleCompleterContents::paintsAnyPartAlike()
 {
-    const QStringList names = Names + Names + Names + Names;
+    // Marks above and below reach out of their row.
+    const QStringList tall{QStringLiteral("\u00c5\u0302\u0302g\u0331\u0331"), QStringLiteral("a")};
+    const QStringList names = Names + tall + tall + tall + Names;
     console->showCompletions(names);
     contents->select(5);
     const QImage whole = expected(contents->size(), names, 5);
