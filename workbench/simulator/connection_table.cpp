@@ -18,7 +18,7 @@ bool isAddress(const QString &address)
     if (colon <= 0)
         return false;
     bool isNumber = false;
-    const ushort port = address.mid(colon + 1).toUShort(&isNumber);
+    const ushort port = address.midRef(colon + 1).toUShort(&isNumber);
     return isNumber && port > 0;
 }
 
