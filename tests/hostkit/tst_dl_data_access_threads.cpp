@@ -3,6 +3,7 @@
 #include "hostclient/orb_client.h"
 #include "tests/hostkit/recording_subscriber.h"
 #include "tests/support/recording_backend.h"
+#include "tests/support/test_thread.h"
 
 #include <QThread>
 #include <QtTest>
@@ -26,13 +27,6 @@ private Q_SLOTS:
 namespace
 {
 
-std::unique_ptr<QThread> startThread(const std::function<void()> &work)
-{
-    std::unique_ptr<QThread> thread(QThread::create(work));
-    thread->start();
-    return thread;
-}
-
 const QString Name = QStringLiteral("c");
 
 } // namespace
@@ -47,7 +41,7 @@ void TestDlDataAccessThreads::deliversOnItsOwnThread()
     subscriber.onQuery = look;
     subscriber.onTold = [&](const QString &) { look(); };
     dataAccess.subscribeRawMessage(&subscriber);
-    const auto worker = startThread([&] {
+    TestThread worker([&] {
         dataAccess.subscribeStructureChanged(&subscriber);
         backend.sendRawMessage(Name, QStringLiteral("a"));
         backend.sendStructureChanged(OrbItemId(OrbItemId::Line));
@@ -55,7 +49,7 @@ void TestDlDataAccessThreads::deliversOnItsOwnThread()
         backend.sendStatusChanged(OrbItemId(OrbItemId::Line));
         backend.sendLogMessage({QDateTime(), 1, QStringLiteral("x")});
     });
-    QVERIFY(worker->wait());
+    worker.wait();
     QTRY_COMPARE(subscriber.told.size(), 6);
     QVERIFY(rightThread);
     dataAccess.unsubscribe(&subscriber);
@@ -69,16 +63,16 @@ void TestDlDataAccessThreads::keepsTheOrderOfEachThread()
     DlDataAccess dataAccess(backend);
     RecordingSubscriber subscriber;
     dataAccess.subscribeRawMessage(&subscriber);
-    std::vector<std::unique_ptr<QThread>> workers;
+    std::vector<TestThread> workers;
     for (int t = 0; t < Threads; ++t) {
-        workers.push_back(startThread([&backend, t] {
+        workers.emplace_back([&backend, t] {
             for (int i = 0; i < Messages; ++i)
                 backend.sendRawMessage(Name, QStringLiteral("%1 %2").arg(t).arg(i));
-        }));
+        });
     }
     QTRY_COMPARE(subscriber.told.size(), Threads * Messages);
-    for (const auto &worker : workers)
-        QVERIFY(worker->wait());
+    for (TestThread &worker : workers)
+        worker.wait();
     QVector<int> next(Threads, 0);
     for (const QString &text : std::as_const(subscriber.told)) {
         const int thread = text.section(QLatin1Char(' '), 0, 0).toInt();
@@ -93,13 +87,13 @@ void TestDlDataAccessThreads::subscribersComeAndGoWhileMessagesArrive()
     RecordingBackend backend;
     DlDataAccess dataAccess(backend);
     std::atomic<bool> stop{false};
-    const auto worker = startThread([&] {
+    TestThread worker([&] {
         for (quint32 i = 0; !stop; ++i) {
             backend.sendRawMessage(Name, QString::number(i));
             OrbItemId id(OrbItemId::Line);
             id.line = i;
             backend.sendStructureChanged(id);
-            QThread::yieldCurrentThread();
+            std::this_thread::yield();
         }
     });
     int told = 0;
@@ -119,7 +113,7 @@ void TestDlDataAccessThreads::subscribersComeAndGoWhileMessagesArrive()
         told += first.told.size();
     }
     stop = true;
-    QVERIFY(worker->wait());
+    worker.wait();
     QVERIFY(told >= 100);
 }
 
@@ -136,7 +130,7 @@ void TestDlDataAccessThreads::isCalledFromTwoThreads()
     dataAccess.subscribeRawMessage(&subscriber);
 
     std::atomic<int> failed{0};
-    const auto interpreter = startThread([&] {
+    TestThread interpreter([&] {
         OrbClient &client = *dataAccess.getOrbClientPtr();
         for (int i = 0; i < Requests; ++i) {
             const TarnItem item = client.getItem("c", "Status.x");
@@ -151,7 +145,7 @@ void TestDlDataAccessThreads::isCalledFromTwoThreads()
         QVERIFY(dataAccess.getAllControllerNames(controllers));
         QCoreApplication::processEvents();
     }
-    QVERIFY(interpreter->wait());
+    interpreter.wait();
     QCOMPARE(failed.load(), 0);
     QTRY_COMPARE(subscriber.told.size(), 2 * Requests);
     QCOMPARE(subscriber.told.count(QStringLiteral("data")), Requests);
@@ -162,10 +156,10 @@ void TestDlDataAccessThreads::endsWhileMessagesArrive()
 {
     RecordingBackend backend;
     std::atomic<bool> stop{false};
-    const auto worker = startThread([&] {
+    TestThread worker([&] {
         while (!stop) {
             backend.sendRawMessage(Name, QStringLiteral("a"));
-            QThread::yieldCurrentThread();
+            std::this_thread::yield();
         }
     });
     RecordingSubscriber subscriber;
@@ -180,7 +174,7 @@ void TestDlDataAccessThreads::endsWhileMessagesArrive()
         QVERIFY(!backend.hasListener());
     }
     stop = true;
-    QVERIFY(worker->wait());
+    worker.wait();
 }
 
 QTEST_GUILESS_MAIN(TestDlDataAccessThreads)

@@ -2,12 +2,11 @@
 
 #include "hostclient/orb_item_value.h"
 #include "tests/support/recording_backend.h"
+#include "tests/support/test_thread.h"
 
-#include <QThread>
 #include <QtTest>
 
 #include <atomic>
-#include <memory>
 #include <vector>
 
 class TestOrbClientThreads : public QObject
@@ -30,9 +29,9 @@ void TestOrbClientThreads::threadsGetTheirOwnAnswers()
     }
     OrbClient client(backend);
     std::atomic<int> wrong{0};
-    std::vector<std::unique_ptr<QThread>> threads;
+    std::vector<TestThread> threads;
     for (int i = 0; i < Threads; ++i) {
-        threads.emplace_back(QThread::create([&client, &wrong, i] {
+        threads.emplace_back([&client, &wrong, i] {
             const QByteArray path = "0." + QByteArray::number(i) + ".Status.x";
             OrbItemId id(OrbItemId::Module);
             id.connectionName = QStringLiteral("c");
@@ -50,12 +49,10 @@ void TestOrbClientThreads::threadsGetTheirOwnAnswers()
                 if (!right)
                     ++wrong;
             }
-        }));
+        });
     }
-    for (const auto &thread : threads)
-        thread->start();
-    for (const auto &thread : threads)
-        QVERIFY(thread->wait());
+    for (TestThread &thread : threads)
+        thread.wait();
     QCOMPARE(wrong.load(), 0);
     QCOMPARE(backend.callsOf(QStringLiteral("writeItem")).size(), Threads * Rounds);
     QCOMPARE(backend.requests().size(), Threads * Rounds);

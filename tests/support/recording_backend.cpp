@@ -1,9 +1,6 @@
 #include "tests/support/recording_backend.h"
 
 #include <QMetaObject>
-#include <QMutexLocker>
-#include <QReadLocker>
-#include <QWriteLocker>
 
 #include <algorithm>
 #include <iterator>
@@ -14,13 +11,13 @@ RecordingBackend::~RecordingBackend() = default;
 
 QVector<RecordedCall> RecordingBackend::calls() const
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     return recorded;
 }
 
 QVector<RecordedCall> RecordingBackend::callsOf(const QString &operation) const
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     QVector<RecordedCall> found;
     std::copy_if(recorded.cbegin(), recorded.cend(), std::back_inserter(found),
                  [&](const RecordedCall &call) { return call.operation == operation; });
@@ -38,20 +35,20 @@ QStringList RecordingBackend::requests() const
 
 QVector<OrbItemValue> RecordingBackend::sentValues() const
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     return sent;
 }
 
 void RecordingBackend::clearCalls()
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     recorded.clear();
     sent.clear();
 }
 
 void RecordingBackend::setControllers(const QVector<QPair<QString, QString>> &list)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     connections.clear();
     for (const QPair<QString, QString> &controller : list)
         connections.append({controller.first, controller.second, true});
@@ -59,62 +56,62 @@ void RecordingBackend::setControllers(const QVector<QPair<QString, QString>> &li
 
 void RecordingBackend::setLocalConnection(const QString &connectionName)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     localConnection = connectionName;
 }
 
 void RecordingBackend::setResult(TarnResult value)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     result = value;
 }
 
 void RecordingBackend::setCrates(const QVector<OrbItemId> &ids)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     crateIds = ids;
 }
 
 void RecordingBackend::setModules(const QVector<OrbItemId> &ids)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     moduleIds = ids;
 }
 
 void RecordingBackend::setCrateModules(const QVector<OrbItemId> &ids)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     crateModuleIds = ids;
 }
 
 void RecordingBackend::setItemNames(OrbItemId::Type level, const QVector<QString> &names)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     namesOfLevel.insert(level, names);
 }
 
 void RecordingBackend::setItem(const QString &connectionName, const QString &path,
                                const OrbItemReading &reading)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     items.insert(connectionName + QLatin1Char(':') + path, reading);
 }
 
 void RecordingBackend::setPassThroughMessages(const QVector<OrbRequestItem> &requests)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     passThroughMessages = requests;
 }
 
 void RecordingBackend::setRawAnswer(const RawAnswer &answer)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     rawAnswer = answer;
 }
 
 void RecordingBackend::setRawHandler(RawHandler handler)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     rawHandler = std::move(handler);
 }
 
@@ -145,7 +142,7 @@ void RecordingBackend::sendLogMessage(const OrbLogMessage &message)
 
 bool RecordingBackend::hasListener() const
 {
-    const QReadLocker lock(&listenerLock);
+    const std::shared_lock<std::shared_mutex> lock(listenerLock);
     return listener != nullptr;
 }
 
@@ -165,7 +162,7 @@ QString RecordingBackend::textOf(const OrbItemId &id)
 
 void RecordingBackend::setListener(OrbBackendListener *newListener)
 {
-    const QWriteLocker lock(&listenerLock);
+    const std::unique_lock<std::shared_mutex> lock(listenerLock);
     listener = newListener;
 }
 
@@ -173,7 +170,7 @@ TarnResult RecordingBackend::openConnection(const QString &connectionName, const
                                             const QString &login, const QString &password)
 {
     record("openConnection", {connectionName, address, login, password});
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     if (result == TarnResult::Success)
         connections.append({connectionName, connectionName, true});
     return result;
@@ -182,7 +179,7 @@ TarnResult RecordingBackend::openConnection(const QString &connectionName, const
 TarnResult RecordingBackend::closeConnection(const QString &connectionName)
 {
     record("closeConnection", {connectionName});
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     const int index = openIndex(connectionName);
     if (index < 0)
         return TarnResult::NoData;
@@ -194,7 +191,7 @@ TarnResult RecordingBackend::closeConnection(const QString &connectionName)
 QVector<QPair<QString, QString>> RecordingBackend::controllers() const
 {
     record("controllers", {});
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     QVector<QPair<QString, QString>> list;
     for (const Connection &connection : connections) {
         if (connection.open)
@@ -206,21 +203,21 @@ QVector<QPair<QString, QString>> RecordingBackend::controllers() const
 int RecordingBackend::connectionIndex(const QString &connectionName) const
 {
     record("connectionIndex", {connectionName});
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     return openIndex(connectionName);
 }
 
 bool RecordingBackend::isLocal(const QString &connectionName) const
 {
     record("isLocal", {connectionName});
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     return connectionName == localConnection;
 }
 
 bool RecordingBackend::crates(const QString &connectionName, QVector<OrbItemId> &ids) const
 {
     record("crates", {connectionName});
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     ids = crateIds;
     return openIndex(connectionName) >= 0;
 }
@@ -228,7 +225,7 @@ bool RecordingBackend::crates(const QString &connectionName, QVector<OrbItemId> 
 bool RecordingBackend::modules(const QString &connectionName, QVector<OrbItemId> &ids) const
 {
     record("modules", {connectionName});
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     ids = moduleIds;
     return openIndex(connectionName) >= 0;
 }
@@ -236,7 +233,7 @@ bool RecordingBackend::modules(const QString &connectionName, QVector<OrbItemId>
 bool RecordingBackend::crateModules(const OrbItemId &crate, QVector<OrbItemId> &ids) const
 {
     record("crateModules", {textOf(crate)});
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     ids = crateModuleIds;
     return openIndex(crate.connectionName) >= 0;
 }
@@ -246,7 +243,7 @@ bool RecordingBackend::itemNames(const OrbItemId &id, bool writableOnly, QVector
     record("itemNames",
            {textOf(id), QString::number(id.type),
             writableOnly ? QStringLiteral("writableOnly") : QStringLiteral("all")});
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     names = namesOfLevel.value(id.type);
     return !names.isEmpty();
 }
@@ -254,7 +251,7 @@ bool RecordingBackend::itemNames(const OrbItemId &id, bool writableOnly, QVector
 TarnResult RecordingBackend::readItem(const OrbItemId &id, OrbItemReading &reading)
 {
     record("readItem", {textOf(id)});
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     const auto found = items.constFind(itemKey(id));
     if (found == items.constEnd())
         return TarnResult::NoData;
@@ -265,7 +262,7 @@ TarnResult RecordingBackend::readItem(const OrbItemId &id, OrbItemReading &readi
 TarnResult RecordingBackend::writeItem(const OrbItemId &id, const QString &value)
 {
     record("writeItem", {textOf(id), value});
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     const auto found = items.find(itemKey(id));
     if (result == TarnResult::Success && found != items.end())
         found->value = value;
@@ -278,7 +275,7 @@ bool RecordingBackend::rawRequest(const QString &controller, const QString &requ
     RawHandler handler;
     RawAnswer answer;
     {
-        const QMutexLocker lock(&mutex);
+        const std::lock_guard<std::mutex> lock(mutex);
         handler = rawHandler;
         answer = rawAnswer;
     }
@@ -303,14 +300,14 @@ bool RecordingBackend::rawRequest(const QString &controller, const QString &requ
 TarnResult RecordingBackend::activatePassThrough(const QString &connectionName, const QString &scriptName)
 {
     record("activatePassThrough", {connectionName, scriptName});
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     return result;
 }
 
 TarnResult RecordingBackend::takePassThroughMessage(const QString &connectionName, OrbRequestItem &request)
 {
     record("takePassThroughMessage", {connectionName});
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     if (passThroughMessages.isEmpty())
         return TarnResult::NoData;
     request = passThroughMessages.takeFirst();
@@ -321,7 +318,7 @@ TarnResult RecordingBackend::takePassThroughMessages(const QString &connectionNa
                                                      QVector<OrbRequestItem> &requests)
 {
     record("takePassThroughMessages", {connectionName});
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     requests = std::exchange(passThroughMessages, {});
     return result;
 }
@@ -330,7 +327,7 @@ TarnResult RecordingBackend::sendPassThroughMessages(const QString &connectionNa
                                                      const QVector<OrbItemValue> &values)
 {
     record("sendPassThroughMessages", {connectionName, QString::number(values.size())});
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     sent += values;
     return result;
 }
@@ -338,13 +335,13 @@ TarnResult RecordingBackend::sendPassThroughMessages(const QString &connectionNa
 TarnResult RecordingBackend::setDebugLevel(int level)
 {
     record("setDebugLevel", {QString::number(level)});
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     return result;
 }
 
 void RecordingBackend::record(const char *operation, const QStringList &arguments) const
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     recorded.append({QString::fromLatin1(operation), arguments});
 }
 
@@ -369,7 +366,7 @@ QString RecordingBackend::itemKey(const OrbItemId &id) const
 
 void RecordingBackend::tellListener(const std::function<void(OrbBackendListener &)> &call)
 {
-    const QReadLocker lock(&listenerLock);
+    const std::shared_lock<std::shared_mutex> lock(listenerLock);
     if (listener != nullptr)
         call(*listener);
 }

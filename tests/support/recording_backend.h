@@ -6,12 +6,12 @@
 #include "workbench/hostkit/orb_backend.h"
 
 #include <QHash>
-#include <QMutex>
 #include <QObject>
-#include <QReadWriteLock>
 #include <QStringList>
 
 #include <functional>
+#include <mutex>
+#include <shared_mutex>
 
 /// One call that reached the backend: the operation's name and its arguments as texts. An identifier is one argument,
 /// as RecordingBackend::textOf writes it.
@@ -113,7 +113,9 @@ private:
     QString itemKey(const OrbItemId &id) const;
     void tellListener(const std::function<void(OrbBackendListener &)> &call);
 
-    mutable QMutex mutex; ///< guards everything below but the listener; never held while anybody is called
+    // Not Qt's locks, which the thread sanitizer does not see.
+    mutable std::mutex
+        mutex; ///< guards everything below but the listener; never held while anybody is called
     mutable QVector<RecordedCall> recorded;
     QVector<OrbItemValue> sent;
     QVector<Connection> connections;
@@ -128,7 +130,7 @@ private:
     RawAnswer rawAnswer;
     RawHandler rawHandler;
 
-    mutable QReadWriteLock
+    mutable std::shared_mutex
         listenerLock; ///< held for reading during a call, so that setListener waits for its end
     OrbBackendListener *listener = nullptr;
     QObject later; ///< takes what follows a raw request to this object's thread

@@ -1,7 +1,6 @@
 #include "workbench/hostkit/dl_data_access_private.h"
 
 #include <QMetaObject>
-#include <QMutexLocker>
 #include <QPointer>
 
 #include <algorithm>
@@ -38,7 +37,7 @@ void DlDataAccessPrivate::subscribeRaw(DlMessageSubscriber *subscriber)
 {
     if (subscriber == nullptr)
         return;
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     Subscription &subscription = subscriptionOf(subscriber);
     if (subscription.rawBegin == Never)
         subscription.rawBegin = nextNumber;
@@ -49,7 +48,7 @@ void DlDataAccessPrivate::subscribeStructure(DlMessageSubscriber *subscriber)
     if (subscriber == nullptr)
         return;
     {
-        const QMutexLocker lock(&mutex);
+        const std::lock_guard<std::mutex> lock(mutex);
         Subscription &subscription = subscriptionOf(subscriber);
         if (subscription.structureBegin != Never)
             return;
@@ -63,7 +62,7 @@ void DlDataAccessPrivate::subscribeStructure(DlMessageSubscriber *subscriber)
 
 void DlDataAccessPrivate::unsubscribe(DlMessageSubscriber *subscriber)
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     const auto end = std::remove_if(subscriptions.begin(), subscriptions.end(),
                                     [&](const Subscription &s) { return s.subscriber == subscriber; });
     subscriptions.erase(end, subscriptions.end());
@@ -123,7 +122,7 @@ DlDataAccessPrivate::Subscription &DlDataAccessPrivate::subscriptionOf(DlMessage
 void DlDataAccessPrivate::enqueue(Notification notification)
 {
     {
-        const QMutexLocker lock(&mutex);
+        const std::lock_guard<std::mutex> lock(mutex);
         // Nobody to tell: a backend may talk for hours before the first tool is opened.
         if (subscriptions.isEmpty())
             return;
@@ -151,7 +150,7 @@ void DlDataAccessPrivate::post()
 bool DlDataAccessPrivate::take(Notification &notification)
 {
     {
-        const QMutexLocker lock(&mutex);
+        const std::lock_guard<std::mutex> lock(mutex);
         if (pending.empty())
             return false;
         notification = std::move(pending.front());
@@ -168,7 +167,7 @@ void DlDataAccessPrivate::deliverPending()
 {
     std::size_t count = 0;
     {
-        const QMutexLocker lock(&mutex);
+        const std::lock_guard<std::mutex> lock(mutex);
         posted = false;
         count = pending.size();
     }
@@ -220,7 +219,7 @@ void DlDataAccessPrivate::deliver(Notification &notification)
 
 DlDataAccessPrivate::Recipients DlDataAccessPrivate::recipientsOf(const Notification &notification) const
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     Recipients recipients;
     for (const Subscription &subscription : subscriptions) {
         if (subscription.covers(notification))
@@ -231,7 +230,7 @@ DlDataAccessPrivate::Recipients DlDataAccessPrivate::recipientsOf(const Notifica
 
 bool DlDataAccessPrivate::isRecipient(DlMessageSubscriber *subscriber, const Notification &notification) const
 {
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     return std::any_of(subscriptions.cbegin(), subscriptions.cend(), [&](const Subscription &subscription) {
         return subscription.subscriber == subscriber && subscription.covers(notification);
     });

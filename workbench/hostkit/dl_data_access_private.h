@@ -6,7 +6,6 @@
 #include "hostclient/orb_log_message.h"
 #include "workbench/hostkit/orb_backend.h"
 
-#include <QMutex>
 #include <QObject>
 #include <QString>
 #include <QVarLengthArray>
@@ -14,6 +13,7 @@
 
 #include <deque>
 #include <limits>
+#include <mutex>
 
 /// Carries what the backend says, on any thread, to the subscribers on the thread that this was made on, in order.
 ///
@@ -74,7 +74,8 @@ private:
     bool isRecipient(DlMessageSubscriber *subscriber, const Notification &notification) const;
     static void hand(DlMessageSubscriber &subscriber, const Notification &notification);
 
-    mutable QMutex mutex; ///< guards what follows; never held while a subscriber or the backend is called
+    // Not a QMutex, which the thread sanitizer does not see.
+    mutable std::mutex mutex; ///< guards what follows; never held while a subscriber or the backend is called
     std::deque<Notification> pending;
     quint64 nextNumber = 1;
     bool posted = false; ///< a call of deliverPending waits in the thread's event queue
