@@ -9,6 +9,7 @@
 #include "hostsdk/kd_main_data.h"
 #include "hostsdk/kd_observer.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QGridLayout>
@@ -50,6 +51,7 @@ TerminalCommandGeneration::TerminalCommandGeneration(QWidget *parent, KdMainData
     itemBox->addItem(tr("Select a command"));
 
     auto *grid = new QGridLayout(this);
+    grid->setContentsMargins(0, 0, 0, 0);
     int column = 0;
     addColumn(grid, column++, new QLabel(QStringLiteral("Controller"), this), controllerBox);
     addColumn(grid, column++, new QLabel(QStringLiteral("Line"), this), lineEdit);
@@ -59,6 +61,9 @@ TerminalCommandGeneration::TerminalCommandGeneration(QWidget *parent, KdMainData
     addColumn(grid, column++, new QLabel(QStringLiteral("Value"), this), valueEdit);
     addColumn(grid, column++, new QLabel(QStringLiteral("Unit"), this), unitEdit);
     addColumn(grid, column, getButton, setButton);
+    // Numbers and units are short: what room there is goes to the value.
+    for (QLineEdit *edit : {lineEdit, addressEdit, channelEdit, unitEdit})
+        edit->setMaximumWidth(edit->fontMetrics().horizontalAdvance(QStringLiteral("0")) * 10);
 
     controllerBox->setObjectName(QStringLiteral("controllerBox"));
     lineEdit->setObjectName(QStringLiteral("lineEdit"));
@@ -157,6 +162,8 @@ void TerminalCommandGeneration::refreshItemNames(const OrbItemId &id)
     std::sort(names.begin(), names.end());
     for (const QString &name : std::as_const(names))
         itemBox->addItem(name);
+    // Where the form has no room for the longest name, the opened list shows it all the same.
+    itemBox->view()->setMinimumWidth(itemBox->sizeHint().width());
 
     switch (itemId.type) {
     case OrbItemId::System:
@@ -217,6 +224,8 @@ bool TerminalCommandGeneration::fillControllers(const QString *selectedText)
     }
     if (controllers.isEmpty())
         controllerBox->addItem(tr("No connection"));
+    // The box keeps the least width that it had with its first entry; a controller's name is to be read whole.
+    controllerBox->setMinimumWidth(controllerBox->sizeHint().width());
     return found;
 }
 

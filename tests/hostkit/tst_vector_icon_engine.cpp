@@ -21,6 +21,7 @@ private Q_SLOTS:
     void drawsDifferentIcons();
     void takesThePalettesColour();
     void isGreyWhenDisabled();
+    void isNotGreyWhenDisabledAndOn();
     void linesLieOnWholePixels_data();
     void linesLieOnWholePixels();
     void isSharpAtEveryPixelRatio();
@@ -133,6 +134,15 @@ void TestVectorIconEngine::isGreyWhenDisabled()
         }
     }
     QVERIFY(grey);
+}
+
+void TestVectorIconEngine::isNotGreyWhenDisabledAndOn()
+{
+    const QIcon icon(new VectorIconEngine(KD::TerminalIcon));
+    const QImage off = icon.pixmap(24, 24, QIcon::Disabled, QIcon::Off).toImage();
+    const QImage on = icon.pixmap(24, 24, QIcon::Disabled, QIcon::On).toImage();
+    QVERIFY(on != off);
+    QCOMPARE(on, icon.pixmap(24, 24, QIcon::Normal, QIcon::Off).toImage());
 }
 
 void TestVectorIconEngine::linesLieOnWholePixels_data()

@@ -68,19 +68,27 @@ void paintMark(QPainter &painter, SystemState state)
     }
 }
 
+QPixmap markPixmap(SystemState state, int scale, const QBrush &background)
+{
+    QPixmap pixmap(QSize(16, 16) * scale);
+    pixmap.setDevicePixelRatio(scale);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(background);
+    painter.drawEllipse(QRectF(0.5, 0.5, 15, 15));
+    paintMark(painter, state);
+    return pixmap;
+}
+
 QIcon makeIcon(SystemState state)
 {
     QIcon icon;
     for (const int scale : {1, 2, 3}) {
-        QPixmap pixmap(QSize(16, 16) * scale);
-        pixmap.setDevicePixelRatio(scale);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(Qt::NoPen);
-        paintMark(painter, state);
-        painter.end();
-        icon.addPixmap(pixmap);
+        icon.addPixmap(markPixmap(state, scale, Qt::NoBrush));
+        // The marks' colours are made for a light row; on a selected one they need a ground of their own.
+        icon.addPixmap(markPixmap(state, scale, Qt::white), QIcon::Selected);
     }
     return icon;
 }

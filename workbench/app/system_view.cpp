@@ -164,7 +164,7 @@ void SystemView::layOutColumns()
         const int width = std::max(metrics.horizontalAdvance(longest), metrics.horizontalAdvance(title));
         setColumnWidth(column, width + margin);
     };
-    setIndentation(metrics.height());
+    setIndentation(metrics.height() * 3 / 4);
     constexpr int Levels = 5; // controller, line, crate, module, channel
     int nameWidth = Levels * indentation() + metrics.horizontalAdvance(tr("Channel 88")) + margin;
     const int longestName = 2 * nameWidth;

@@ -159,14 +159,16 @@ bool VectorIconEngine::knows(KD::IconType type)
     return drawingOf(type) != nullptr;
 }
 
-void VectorIconEngine::paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State)
+void VectorIconEngine::paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State state)
 {
     const Drawing drawing = drawingOf(type);
     const double ratio = painter->device()->devicePixelRatioF();
     const int side = static_cast<int>(std::min(rect.width(), rect.height()) * ratio);
     if (drawing == nullptr || side <= 0)
         return;
-    const QPalette::ColorGroup group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
+    // A button that is on and cannot be pressed shows where one is; only what is not to be had is grey.
+    const bool grey = mode == QIcon::Disabled && state == QIcon::Off;
+    const QPalette::ColorGroup group = grey ? QPalette::Disabled : QPalette::Active;
 
     painter->save();
     painter->translate(rect.topLeft());
