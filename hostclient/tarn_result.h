@@ -6,7 +6,7 @@ enum class TarnResult : int
 {
     Success = 0,
     Failed = 1, ///< the value or the command does not make sense for the item
-    Denied = 2, ///< the item exists and cannot be written
+    Denied = 2, ///< the item exists and cannot be written, or read, as was asked
     NoData = 3, ///< no such connection, object or item
     NotConnected = 4, ///< the connection is known and closed
 };
