@@ -1,6 +1,6 @@
 #include "workbench/simulator/controller.h"
 
-#include "workbench/simulator/item_text.h"
+#include "tests/workbench/controller_bench.h"
 
 #include <QtTest>
 
@@ -10,61 +10,7 @@ using namespace simulator;
 
 Q_DECLARE_METATYPE(OrbItemId::Type)
 
-namespace
-{
-
-constexpr ObjectAddress System{OrbItemId::System, 0, 0, -1};
-constexpr ObjectAddress Crate1000{OrbItemId::Crate, 0, 1000, -1};
-constexpr ObjectAddress Module0{OrbItemId::Module, 0, 0, -1};
-constexpr ObjectAddress Module3{OrbItemId::Module, 0, 3, -1};
-constexpr ObjectAddress Channel00{OrbItemId::Channel, 0, 0, 0};
-constexpr ObjectAddress Channel31{OrbItemId::Channel, 0, 3, 1};
-
-/// A controller of the rehearsal plant, the first unless told otherwise, in a time that the test steps.
-class ControllerBench
-{
-public:
-    explicit ControllerBench(std::size_t which = 0) : controller(PlantLayout::rehearsal().controllers[which])
-    { }
-
-    QString text(const ObjectAddress &object, const char *item)
-    {
-        const ItemDefinition &definition =
-            *Controller::itemsOf(object.level)->find(QString::fromLatin1(item));
-        return formatValue(definition, controller.read(object, definition, view, now));
-    }
-    double number(const ObjectAddress &object, const char *item) { return text(object, item).toDouble(); }
-    bool isTrue(const ObjectAddress &object, const char *item)
-    {
-        return text(object, item) == QLatin1String("true");
-    }
-
-    TarnResult write(const ObjectAddress &object, const char *item, const char *value)
-    {
-        const ItemDefinition &definition =
-            *Controller::itemsOf(object.level)->find(QString::fromLatin1(item));
-        ItemValue parsed;
-        if (!parseValue(definition, QString::fromLatin1(value), QString(), parsed))
-            return TarnResult::Failed;
-        return controller.write(object, definition, parsed, now);
-    }
-    bool set(const ObjectAddress &object, const char *item, const char *value)
-    {
-        return write(object, item, value) == TarnResult::Success;
-    }
-    bool ramp(const ObjectAddress &object, const char *volts)
-    {
-        return set(object, "Control.voltageSet", volts) && set(object, "Control.on", "1");
-    }
-
-    double now = 10;
-    ConnectionView view{QStringLiteral("local"), QStringLiteral("Rehearsal controller"), QStringLiteral("s"),
-                        1};
-    Controller controller;
-};
-
-} // namespace
-
+/// The crates, modules and channels. The items of the system have a test of their own.
 class TestController : public QObject
 {
     Q_OBJECT
@@ -89,13 +35,6 @@ private Q_SLOTS:
     void firmware();
     void moduleSettings_data();
     void moduleSettings();
-    void reboot();
-    void shutdown();
-    void systemItems_data();
-    void systemItems();
-    void interfaceServices();
-    void scan();
-    void heartBeat();
 };
 
 void TestController::objects_data()
@@ -400,106 +339,6 @@ void TestController::moduleSettings()
     QCOMPARE(bench.text(Module0, item.constData()).toUtf8(), value);
     QCOMPARE(bench.text(Module3, item.constData()), untouched);
     QCOMPARE(bench.text(Module0, "Status.adjustment"), bench.text(Module0, "Control.adjustment"));
-}
-
-void TestController::reboot()
-{
-    ControllerBench bench;
-    QVERIFY(bench.ramp(Channel00, "3000"));
-    QVERIFY(bench.set(System, "Control.liveInsertion", "1"));
-    bench.now += 60;
-    QVERIFY(bench.set(System, "Control.reboot", "0"));
-    QCOMPARE(bench.number(Channel00, "Status.voltageMeasure"), 3000.0);
-    QVERIFY(bench.set(System, "Control.reboot", "1"));
-    QVERIFY(bench.controller.isAvailable());
-    QCOMPARE(bench.number(Channel00, "Status.voltageMeasure"), 0.0);
-    QCOMPARE(bench.number(Channel00, "Control.voltageSet"), 3000.0);
-    QVERIFY(!bench.isTrue(System, "Control.liveInsertion"));
-    QCOMPARE(bench.number(System, "Status.heartBeat"), 0.0);
-}
-
-void TestController::shutdown()
-{
-    ControllerBench bench;
-    QVERIFY(bench.ramp(Channel00, "3000"));
-    bench.now += 60;
-    QVERIFY(bench.set(System, "Control.shutdown", "1"));
-    QVERIFY(!bench.controller.isAvailable());
-    bench.controller.setAvailable(true);
-    QCOMPARE(bench.number(Channel00, "Status.voltageMeasure"), 0.0);
-}
-
-void TestController::systemItems_data()
-{
-    QTest::addColumn<QByteArray>("control");
-    QTest::addColumn<QByteArray>("value");
-    QTest::addColumn<QByteArray>("status");
-    QTest::addColumn<QString>("before");
-    QTest::addColumn<QString>("after");
-    const auto row = [](const char *control, const char *value, const char *status, const char *before,
-                        const char *after) {
-        QTest::addRow("%s %s", control, status)
-            << QByteArray(control) << QByteArray(value) << QByteArray(status) << QString::fromLatin1(before)
-            << QString::fromLatin1(after);
-    };
-    row("Control.wifi", "1", "Status.runningStateWifi", "off", "ok");
-    row("Control.wifi", "1", "Status.wifiState", "off", "ok");
-    row("Control.liveInsertion", "1", "Status.liveInsertion", "false", "true");
-    row("Control.disconnect", "1", "Status.connectionStatus", "connected", "disconnected");
-    row("Control.disconnect", "0", "Status.connectionStatus", "connected", "connected");
-    row("Setup.cycleTime", "500", "Setup.cycleTime", "200", "500");
-    row("Control.serviceStop", "http", "Status.runningStateWeb", "ok", "off");
-}
-
-void TestController::systemItems()
-{
-    QFETCH(QByteArray, control);
-    QFETCH(QByteArray, value);
-    QFETCH(QByteArray, status);
-    ControllerBench bench;
-    QTEST(bench.text(System, status.constData()), "before");
-    QVERIFY(bench.set(System, control.constData(), value.constData()));
-    QTEST(bench.text(System, status.constData()), "after");
-    // A line shows the same items.
-    QTEST(bench.text({OrbItemId::Line, 0, 0, -1}, status.constData()), "after");
-}
-
-void TestController::interfaceServices()
-{
-    ControllerBench bench;
-    QCOMPARE(bench.text(System, "Status.protocols"), QStringLiteral("http,websocket"));
-    QVERIFY(bench.set(System, "Control.serviceStop", "http"));
-    QCOMPARE(bench.text(System, "Status.protocols"), QStringLiteral("websocket"));
-    QVERIFY(bench.set(System, "Control.serviceStop", "websocket"));
-    QCOMPARE(bench.text(System, "Status.protocols"), QString());
-    QVERIFY(bench.set(System, "Control.serviceRestart", "websocket"));
-    QVERIFY(bench.set(System, "Control.serviceStart", "http"));
-    QCOMPARE(bench.text(System, "Status.protocols"), QStringLiteral("http,websocket"));
-    QCOMPARE(bench.write(System, "Control.serviceStart", "telegraph"), TarnResult::Failed);
-}
-
-void TestController::scan()
-{
-    ControllerBench bench;
-    QVERIFY(!bench.isTrue(System, "Status.discover"));
-    QVERIFY(bench.set(System, "Control.restartScan", "1"));
-    QVERIFY(bench.isTrue(System, "Status.discover"));
-    bench.now += 2.01;
-    QVERIFY(!bench.isTrue(System, "Status.discover"));
-    QVERIFY(bench.set(System, "Control.disconnect", "1"));
-    QVERIFY(bench.set(System, "Control.connect", "1"));
-    QCOMPARE(bench.text(System, "Status.connectionStatus"), QStringLiteral("connected"));
-}
-
-void TestController::heartBeat()
-{
-    ControllerBench bench;
-    const double before = bench.number(System, "Status.heartBeat");
-    bench.now += 10;
-    QCOMPARE(bench.number(System, "Status.heartBeat"), before + 50);
-    QVERIFY(bench.set(System, "Setup.cycleTime", "100"));
-    bench.now += 1;
-    QCOMPARE(bench.number(System, "Status.heartBeat"), 210.0);
 }
 
 QTEST_APPLESS_MAIN(TestController)

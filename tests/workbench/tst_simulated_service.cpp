@@ -1,11 +1,9 @@
 #include "workbench/simulator/simulated_service.h"
 
-#include "hostclient/orb_item_definitions.h"
 #include "hostclient/orb_item_value.h"
 #include "hostclient/orb_request_item.h"
 #include "tests/workbench/expected_items.h"
-#include "tests/workbench/listener_log.h"
-#include "workbench/simulator/stepped_clock.h"
+#include "tests/workbench/service_fixture.h"
 
 #include <QtTest>
 
@@ -14,57 +12,15 @@ using namespace simulator;
 Q_DECLARE_METATYPE(OrbItemId::Type)
 Q_DECLARE_METATYPE(TarnResult)
 
-namespace
-{
-
-const QString Local = QStringLiteral("local");
-const QString LocalText = QStringLiteral("Rehearsal controller");
-const QString Bench = QStringLiteral("bench");
-
-OrbItemId objectId(OrbItemId::Type level, quint32 line, quint32 address, qint32 channel, const char *item)
-{
-    OrbItemId id(level);
-    id.connectionName = Local;
-    id.line = line;
-    id.address = address;
-    id.channel = channel;
-    id.itemName = QString::fromLatin1(item);
-    return id;
-}
-
-OrbItemId channelItem(const char *item)
-{
-    return objectId(OrbItemId::Channel, 0, 0, 1, item);
-}
-
-OrbItemId systemItem(const QString &connection, const QString &item)
-{
-    OrbItemId id(OrbItemId::System);
-    id.connectionName = connection;
-    id.itemName = item;
-    return id;
-}
-
-} // namespace
-
-/// Connections, structure, items and pass-through. The raw requests have a test of their own.
-class TestSimulatedService : public QObject
+/// Structure, items and pass-through. The connections and the raw requests have tests of their own.
+class TestSimulatedService : public QObject, private ServiceFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init() { setUp(); }
+    void cleanup() { tearDown(); }
 
-    void listsItsControllers();
-    void namesOfConnections_data();
-    void namesOfConnections();
-    void opensAConnection();
-    void opensByAddress();
-    void refusesToOpen_data();
-    void refusesToOpen();
-    void closesAConnection();
-    void reopenedNameKeepsItsIndex();
     void listsDevices();
     void listsTheModulesOfACrate();
     void listsNothingOfOthers();
@@ -79,148 +35,12 @@ private Q_SLOTS:
     void writeResults_data();
     void writeResults();
     void findsByIndex();
-    void tellsWhoIsConnected();
     void writingIsAnnounced();
-    void controllerGoesAndComesBack();
-    void shutdownTakesTheControllerAway();
     void passThroughInOrder();
     void passThroughNeedsAScript();
     void passThroughIsBounded();
     void debugLevels();
-
-private:
-    std::shared_ptr<SteppedClock> clock;
-    std::unique_ptr<SimulatedService> service;
-    std::unique_ptr<ListenerLog> listener;
 };
-
-void TestSimulatedService::init()
-{
-    clock = std::make_shared<SteppedClock>();
-    service = std::make_unique<SimulatedService>(clock);
-    listener = std::make_unique<ListenerLog>();
-    service->setListener(listener.get());
-}
-
-void TestSimulatedService::cleanup()
-{
-    service.reset();
-    listener.reset();
-}
-
-void TestSimulatedService::listsItsControllers()
-{
-    const QVector<QPair<QString, QString>> expected{{Local, LocalText},
-                                                    {Bench, QStringLiteral("Bench supply")}};
-    QCOMPARE(service->controllers(), expected);
-    QCOMPARE(service->allControllers(), expected);
-}
-
-void TestSimulatedService::namesOfConnections_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("index");
-    QTest::addColumn<bool>("isLocal");
-    QTest::newRow("local") << Local << 0 << true;
-    QTest::newRow("local's text") << LocalText << 0 << true;
-    QTest::newRow("bench") << Bench << 1 << false;
-    QTest::newRow("other case") << QStringLiteral("LOCAL") << -1 << false;
-    QTest::newRow("empty") << QString() << -1 << false;
-    QTest::newRow("nobody") << QStringLiteral("nobody") << -1 << false;
-}
-
-void TestSimulatedService::namesOfConnections()
-{
-    QFETCH(QString, name);
-    QTEST(service->connectionIndex(name), "index");
-    QTEST(service->isLocal(name), "isLocal");
-}
-
-void TestSimulatedService::opensAConnection()
-{
-    const QString name = QStringLiteral("hv");
-    QCOMPARE(
-        service->openConnection(name, QStringLiteral("10.1.2.3:8080"), QStringLiteral("user"), QString()),
-        TarnResult::Success);
-    QCOMPARE(service->connectionIndex(name), 2);
-    QVERIFY(!service->isLocal(name));
-    QCOMPARE(service->controllers().size(), 3);
-    QCOMPARE(service->controllers().at(2), qMakePair(name, QStringLiteral("Rehearsal controller (hv)")));
-    QCOMPARE(service->allControllers().size(), 2);
-    QCOMPARE(listener->structureChanges(), 1);
-    QCOMPARE(listener->changedStatus().size(), 1);
-    QCOMPARE(listener->changedStatus().constFirst().connection, 2);
-    QVector<OrbItemId> modules;
-    QVERIFY(service->modules(name, modules));
-    QCOMPARE(modules.size(), 4);
-    QCOMPARE(modules.constFirst().connectionName, name);
-    // It is the same plant.
-    OrbItemId id = channelItem("Control.voltageSet");
-    QCOMPARE(service->writeItem(id, QStringLiteral("123")), TarnResult::Success);
-    id.connectionName = name;
-    OrbItemReading reading;
-    QCOMPARE(service->readItem(id, reading), TarnResult::Success);
-    QCOMPARE(reading.value, QStringLiteral("123"));
-}
-
-void TestSimulatedService::opensByAddress()
-{
-    const QString name = QStringLiteral("hv");
-    QCOMPARE(service->openConnection(name, QStringLiteral("127.0.0.1:8081"), QString(), QString()),
-             TarnResult::Success);
-    QVector<OrbItemId> modules;
-    QVERIFY(service->modules(name, modules));
-    QCOMPARE(modules.size(), 1);
-}
-
-void TestSimulatedService::refusesToOpen_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("address");
-    QTest::newRow("no name") << QString() << QStringLiteral("127.0.0.1:8080");
-    QTest::newRow("open already") << Local << QStringLiteral("127.0.0.1:8080");
-    QTest::newRow("text of one that is open") << LocalText << QStringLiteral("127.0.0.1:8080");
-    QTest::newRow("no address") << QStringLiteral("hv") << QString();
-    QTest::newRow("no port") << QStringLiteral("hv") << QStringLiteral("127.0.0.1");
-    QTest::newRow("no host") << QStringLiteral("hv") << QStringLiteral(":8080");
-    QTest::newRow("port is a word") << QStringLiteral("hv") << QStringLiteral("127.0.0.1:web");
-    QTest::newRow("port 0") << QStringLiteral("hv") << QStringLiteral("127.0.0.1:0");
-    QTest::newRow("port too large") << QStringLiteral("hv") << QStringLiteral("127.0.0.1:65536");
-}
-
-void TestSimulatedService::refusesToOpen()
-{
-    QFETCH(QString, name);
-    QFETCH(QString, address);
-    QCOMPARE(service->openConnection(name, address, QString(), QString()), TarnResult::Failed);
-    QCOMPARE(service->controllers().size(), 2);
-    QCOMPARE(listener->structureChanges(), 0);
-}
-
-void TestSimulatedService::closesAConnection()
-{
-    QCOMPARE(service->closeConnection(Bench), TarnResult::Success);
-    QCOMPARE(service->connectionIndex(Bench), -1);
-    QCOMPARE(service->controllers().size(), 1);
-    QCOMPARE(listener->structureChanges(), 1);
-    QCOMPARE(listener->changedStatus().size(), 1);
-    QCOMPARE(service->closeConnection(Bench), TarnResult::NotConnected);
-    QCOMPARE(service->closeConnection(QStringLiteral("nobody")), TarnResult::NoData);
-    OrbItemReading reading;
-    QCOMPARE(service->readItem(systemItem(Bench, QStringLiteral("Status.heartBeat")), reading),
-             TarnResult::NotConnected);
-}
-
-void TestSimulatedService::reopenedNameKeepsItsIndex()
-{
-    QCOMPARE(service->closeConnection(Local), TarnResult::Success);
-    QCOMPARE(service->openConnection(QStringLiteral("hv"), QStringLiteral("a:1"), QString(), QString()),
-             TarnResult::Success);
-    QCOMPARE(service->connectionIndex(QStringLiteral("hv")), 2);
-    QCOMPARE(service->openConnection(Local, QStringLiteral("a:1"), QString(), QString()),
-             TarnResult::Success);
-    QCOMPARE(service->connectionIndex(Local), 0);
-}
 
 void TestSimulatedService::listsDevices()
 {
@@ -449,28 +269,6 @@ void TestSimulatedService::findsByIndex()
     QCOMPARE(reading.value, Local);
 }
 
-void TestSimulatedService::tellsWhoIsConnected()
-{
-    const auto read = [this](const QString &connection, const QString &item) {
-        OrbItemReading reading;
-        const bool isRead = service->readItem(systemItem(connection, item), reading) == TarnResult::Success;
-        return isRead ? reading.value : QStringLiteral("failed");
-    };
-    const QString clients = QStringLiteral("Status.connectedClients");
-    const QString hv = QStringLiteral("hv");
-    QCOMPARE(read(Local, clients), QStringLiteral("1"));
-    QCOMPARE(service->openConnection(hv, QStringLiteral("a:1"), QString(), QString()), TarnResult::Success);
-    QCOMPARE(read(Local, clients), QStringLiteral("2"));
-    QCOMPARE(read(Bench, clients), QStringLiteral("1"));
-    QCOMPARE(read(Local, OrbItemDefinitions::getItemNameSystemStatuscontrollerName()), LocalText);
-    QCOMPARE(read(hv, OrbItemDefinitions::getItemNameSystemStatuscontrollerName()),
-             QStringLiteral("Rehearsal controller (hv)"));
-    QCOMPARE(read(hv, OrbItemDefinitions::getItemNameSystemStatusconnectionName()), hv);
-    QVERIFY(read(hv, QStringLiteral("Status.sessionId")) != read(Local, QStringLiteral("Status.sessionId")));
-    QCOMPARE(service->closeConnection(hv), TarnResult::Success);
-    QCOMPARE(read(Local, clients), QStringLiteral("1"));
-}
-
 void TestSimulatedService::writingIsAnnounced()
 {
     QCOMPARE(service->writeItem(channelItem("Control.voltageSet"), QStringLiteral("5")), TarnResult::Success);
@@ -483,40 +281,6 @@ void TestSimulatedService::writingIsAnnounced()
     service->setListener(nullptr);
     QCOMPARE(service->writeItem(channelItem("Control.voltageSet"), QStringLiteral("6")), TarnResult::Success);
     QCOMPARE(listener->changedValues().size(), 1);
-}
-
-void TestSimulatedService::controllerGoesAndComesBack()
-{
-    QVERIFY(!service->setControllerAvailable(QStringLiteral("nobody"), false));
-    QVERIFY(service->setControllerAvailable(LocalText, false));
-    QCOMPARE(listener->structureChanges(), 1);
-    QVERIFY(!service->isControllerAvailable(Local));
-    QCOMPARE(service->controllers().size(), 1);
-    QCOMPARE(service->allControllers().size(), 2);
-    QCOMPARE(service->connectionIndex(Local), -1);
-    OrbItemReading reading;
-    QCOMPARE(service->readItem(channelItem("Control.on"), reading), TarnResult::NotConnected);
-    QCOMPARE(service->writeItem(channelItem("Control.on"), QStringLiteral("1")), TarnResult::NotConnected);
-    QVector<OrbItemId> ids;
-    QVERIFY(!service->modules(Local, ids));
-    QCOMPARE(service->openConnection(QStringLiteral("hv"), QStringLiteral("a:1"), QString(), QString()),
-             TarnResult::NotConnected);
-
-    QVERIFY(service->setControllerAvailable(Local, false)); // it is away already: nothing to tell
-    QCOMPARE(listener->structureChanges(), 1);
-    QVERIFY(service->setControllerAvailable(Local, true));
-    QCOMPARE(listener->structureChanges(), 2);
-    QVERIFY(service->isControllerAvailable(Local));
-    QCOMPARE(service->connectionIndex(Local), 0);
-    QCOMPARE(service->readItem(channelItem("Control.on"), reading), TarnResult::Success);
-}
-
-void TestSimulatedService::shutdownTakesTheControllerAway()
-{
-    QCOMPARE(service->writeItem(systemItem(Local, QStringLiteral("Control.shutdown")), QStringLiteral("1")),
-             TarnResult::Success);
-    QVERIFY(!service->isControllerAvailable(Local));
-    QCOMPARE(listener->structureChanges(), 1);
 }
 
 void TestSimulatedService::passThroughInOrder()

@@ -1,82 +1,20 @@
 #include "workbench/simulator/simulated_service.h"
 
-#include "tests/workbench/listener_log.h"
-#include "workbench/simulator/stepped_clock.h"
+#include "tests/workbench/request_fixture.h"
 
-#include <QElapsedTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QtTest>
 
-#include <future>
-
-using namespace simulator;
-using std::chrono::milliseconds;
-
-namespace
-{
-
-const QString Local = QStringLiteral("local");
-const QString True = QStringLiteral("[{\"trigger\":\"true\"}]");
-const QString False = QStringLiteral("[{\"trigger\":\"false\"}]");
-const QString Denied = QStringLiteral("[{\"trigger\":\"denied\"}]");
-const QString NoData = QStringLiteral("[{\"trigger\":\"noData\"}]");
-
-QString command(const char *name, const char *place, const char *item, const char *value = "",
-                const char *unit = "")
-{
-    // Field by field as the command builder writes it.
-    const QStringList numbers = QString::fromLatin1(place).split(QLatin1Char('.'));
-    return QStringLiteral(R"({"c":"%1","p":{"p":{"l":"%2","a":"%3","c":"%4"},"i":"%5","v":"%6","u":"%7"}})")
-        .arg(QLatin1String(name), numbers.value(0), numbers.value(1), numbers.value(2), QLatin1String(item),
-             QLatin1String(value), QLatin1String(unit));
-}
-
-QString request(const QStringList &commands)
-{
-    return QStringLiteral(R"({"i":"<session_id>","t":"request","c":[%1],"r":"websocket"})")
-        .arg(commands.join(QLatin1Char(',')));
-}
-
-/// A listener that sends a request from inside a call, and takes itself away.
-class AskingListener final : public OrbBackendListener
-{
-public:
-    explicit AskingListener(SimulatedService &askedService) : service(askedService) { }
-
-    void rawMessage(const QString &, const QString &message) override
-    {
-        if (message == True) {
-            QString reply;
-            if (!isAsked)
-                service.rawRequest(Local, request({command("setItem", "0.0.0", "Control.on", "x")}), reply);
-            isAsked = true;
-        } else if (message == False) {
-            service.setListener(nullptr);
-            done.set_value();
-        }
-    }
-    void structureChanged(const OrbItemId &) override { }
-    void valuesChanged(const OrbItemId &) override { }
-    void statusChanged(const OrbItemId &) override { }
-    void messageWasLogged(const OrbLogMessage &) override { }
-
-    SimulatedService &service;
-    bool isAsked = false;
-    std::promise<void> done;
-};
-
-} // namespace
-
-/// Raw requests and what comes back.
-class TestSimulatedServiceRequests : public QObject
+/// Raw requests and what they come to. When the answers come has a test of its own.
+class TestSimulatedServiceRequests : public QObject, private RequestFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init() { setUp(); }
+    void cleanup() { tearDown(); }
 
     void triggers_data();
     void triggers();
@@ -90,58 +28,7 @@ private Q_SLOTS:
     void refusesAtOnce_data();
     void refusesAtOnce();
     void refusesControllersThatAreNotThere();
-    void answersOnAnotherThread();
-    void answersInOrder();
-    void latency();
-    void shorterLatencyDoesNotOvertake();
-    void isCarriedOutWhenTheLatencyIsOver();
-    void vanishedControllerDoesNotAnswer();
-    void closedConnectionDoesNotAnswer();
-    void shutdownIsAnswered();
-    void destroyedWithAnswersOutstanding();
-    void listenerAsksAndLeaves();
-    void noListenerNoAnswer();
-
-private:
-    /// Sends and waits for the trigger; and for the data when it is true.
-    QStringList answerTo(const QString &text, int messages);
-
-    std::shared_ptr<SteppedClock> clock;
-    std::unique_ptr<SimulatedService> service;
-    std::unique_ptr<ListenerLog> listener;
 };
-
-void TestSimulatedServiceRequests::init()
-{
-    clock = std::make_shared<SteppedClock>();
-    service = std::make_unique<SimulatedService>(clock);
-    service->setLatency(milliseconds(0));
-    listener = std::make_unique<ListenerLog>();
-    service->setListener(listener.get());
-}
-
-void TestSimulatedServiceRequests::cleanup()
-{
-    service.reset();
-    listener.reset();
-}
-
-QStringList TestSimulatedServiceRequests::answerTo(const QString &text, int messages)
-{
-    const int before = listener->messageCount();
-    QString reply = QStringLiteral("left over");
-    if (!service->rawRequest(Local, text, reply) || !reply.isEmpty())
-        return {reply};
-    // A request that makes its own end visible: nothing of the one before can come after it.
-    if (!service->rawRequest(Local, request({command("setItem", "0.0.0", "Control.clearAll", "0")}), reply))
-        return {reply};
-    const bool hasCome = QTest::qWaitFor(
-        [this, before, messages] { return listener->messageCount() >= before + messages + 1; });
-    const QStringList all = listener->messages();
-    if (!hasCome || all.size() != before + messages + 1 || all.constLast() != True)
-        return all;
-    return all.mid(before, messages);
-}
 
 void TestSimulatedServiceRequests::triggers_data()
 {
@@ -338,161 +225,6 @@ void TestSimulatedServiceRequests::refusesControllersThatAreNotThere()
     QVERIFY(reply.isEmpty());
     QTRY_COMPARE(listener->messageCount(), 2);
     QCOMPARE(listener->senders().constFirst(), Local);
-}
-
-void TestSimulatedServiceRequests::answersOnAnotherThread()
-{
-    QCOMPARE(answerTo(request({command("setItem", "0.0.1", "Control.on", "0")}), 1), QStringList{True});
-    QVERIFY(listener->messageThread() != std::this_thread::get_id());
-}
-
-void TestSimulatedServiceRequests::answersInOrder()
-{
-    constexpr int Requests = 500;
-    QString reply;
-    for (int i = 1; i <= Requests; ++i) {
-        const QByteArray value = QByteArray::number(i);
-        QVERIFY(
-            service->rawRequest(Local,
-                                request({command("setItem", "0.0.1", "Control.voltageSet", value.constData()),
-                                         command("getItem", "0.0.1", "Control.voltageSet")}),
-                                reply));
-    }
-    QTRY_COMPARE(listener->messageCount(), 2 * Requests);
-    const QStringList messages = listener->messages();
-    for (int i = 1; i <= Requests; ++i) {
-        QCOMPARE(messages.at(2 * i - 2), True);
-        QVERIFY(messages.at(2 * i - 1).contains(QStringLiteral("\"value\":%1,").arg(i)));
-    }
-}
-
-void TestSimulatedServiceRequests::latency()
-{
-    QCOMPARE(SimulatedService(clock).latency(), SimulatedService::DefaultLatency);
-    constexpr int Latency = 60;
-    service->setLatency(milliseconds(Latency));
-    QCOMPARE(service->latency(), milliseconds(Latency));
-    QElapsedTimer timer;
-    timer.start();
-    QString reply;
-    QVERIFY(service->rawRequest(Local, request({command("setItem", "0.0.1", "Control.on", "0")}), reply));
-    QTRY_COMPARE(listener->messageCount(), 1);
-    QVERIFY(timer.elapsed() >= Latency);
-    service->setLatency(milliseconds(-5));
-    QCOMPARE(service->latency(), milliseconds(0));
-}
-
-void TestSimulatedServiceRequests::shorterLatencyDoesNotOvertake()
-{
-    QString reply;
-    service->setLatency(milliseconds(40));
-    QVERIFY(service->rawRequest(Local, request({command("setItem", "0.0.1", "Control.on", "x")}), reply));
-    service->setLatency(milliseconds(0));
-    QVERIFY(service->rawRequest(Local, request({command("setItem", "0.0.1", "Control.on", "0")}), reply));
-    QTRY_COMPARE(listener->messageCount(), 2);
-    QCOMPARE(listener->messages(), (QStringList{False, True}));
-}
-
-void TestSimulatedServiceRequests::isCarriedOutWhenTheLatencyIsOver()
-{
-    OrbItemId id(OrbItemId::Channel);
-    id.connectionName = Local;
-    id.channel = 1;
-    id.itemName = QStringLiteral("Control.on");
-    const auto isOn = [this, &id] {
-        OrbItemReading reading;
-        service->readItem(id, reading);
-        return reading.value == QLatin1String("true");
-    };
-    QString reply;
-    service->setLatency(std::chrono::hours(1));
-    QVERIFY(service->rawRequest(Local, request({command("setItem", "0.0.1", "Control.on", "1")}), reply));
-    QVERIFY(!isOn());
-    service = std::make_unique<SimulatedService>(clock);
-    service->setListener(listener.get());
-    QVERIFY(service->rawRequest(Local, request({command("setItem", "0.0.1", "Control.on", "1")}), reply));
-    QTRY_COMPARE(listener->messages(), QStringList{True});
-    QVERIFY(isOn());
-}
-
-void TestSimulatedServiceRequests::vanishedControllerDoesNotAnswer()
-{
-    QString reply;
-    service->setLatency(milliseconds(20));
-    QVERIFY(service->rawRequest(Local, request({command("setItem", "0.0.1", "Control.on", "1")}), reply));
-    QVERIFY(service->setControllerAvailable(Local, false));
-    QVERIFY(service->rawRequest(QStringLiteral("bench"),
-                                request({command("setItem", "0.0.1", "Control.on", "x")}), reply));
-    QTRY_COMPARE(listener->messageCount(), 1);
-    QCOMPARE(listener->senders(), QStringList{QStringLiteral("bench")});
-    QCOMPARE(listener->messages(), QStringList{False});
-    QVERIFY(service->setControllerAvailable(Local, true));
-    QVERIFY(answerTo(request({command("getItem", "0.0.1", "Control.on")}), 2)
-                .constLast()
-                .contains(QLatin1String("\"value\":false")));
-}
-
-void TestSimulatedServiceRequests::closedConnectionDoesNotAnswer()
-{
-    QString reply;
-    service->setLatency(milliseconds(20));
-    QVERIFY(service->rawRequest(Local, request({command("getItem", "0.0.1", "Control.on")}), reply));
-    QCOMPARE(service->closeConnection(Local), TarnResult::Success);
-    QVERIFY(service->rawRequest(QStringLiteral("bench"),
-                                request({command("setItem", "0.0.1", "Control.on", "x")}), reply));
-    QTRY_COMPARE(listener->messages(), QStringList{False});
-}
-
-void TestSimulatedServiceRequests::shutdownIsAnswered()
-{
-    QString reply;
-    QVERIFY(service->rawRequest(Local, request({command("setItem", "..", "Control.shutdown", "1")}), reply));
-    QTRY_COMPARE(listener->messages(), QStringList{True});
-    QCOMPARE(listener->structureChanges(), 1);
-    QVERIFY(!service->isControllerAvailable(Local));
-}
-
-void TestSimulatedServiceRequests::destroyedWithAnswersOutstanding()
-{
-    QString reply;
-    const QString text = request({command("getItem", "0.0.1", "Status.voltageMeasure")});
-    for (const int delay : {0, 1, 3600000}) {
-        auto shortLived = std::make_unique<SimulatedService>(clock);
-        ListenerLog log;
-        shortLived->setListener(&log);
-        shortLived->setLatency(milliseconds(delay));
-        for (int i = 0; i < 200; ++i)
-            QVERIFY(shortLived->rawRequest(Local, text, reply));
-        shortLived.reset();
-        const int received = log.messageCount();
-        QVERIFY(received <= 400);
-        QVERIFY(delay < 1000 || received == 0);
-    }
-}
-
-void TestSimulatedServiceRequests::listenerAsksAndLeaves()
-{
-    AskingListener asking(*service);
-    service->setListener(&asking);
-    QString reply;
-    QVERIFY(service->rawRequest(Local, request({command("setItem", "0.0.0", "Control.on", "0")}), reply));
-    QCOMPARE(asking.done.get_future().wait_for(std::chrono::seconds(30)), std::future_status::ready);
-    service->setListener(nullptr); // so that the call it left from is over, too
-}
-
-void TestSimulatedServiceRequests::noListenerNoAnswer()
-{
-    service->setListener(nullptr);
-    QString reply;
-    QVERIFY(
-        service->rawRequest(Local, request({command("setItem", "0.0.1", "Control.voltageSet", "9")}), reply));
-    OrbItemId id(OrbItemId::Channel);
-    id.connectionName = Local;
-    id.channel = 1;
-    id.itemName = QStringLiteral("Control.voltageSet");
-    OrbItemReading reading;
-    QTRY_VERIFY(service->readItem(id, reading) == TarnResult::Success && reading.value == QLatin1String("9"));
-    QCOMPARE(listener->messageCount(), 0);
 }
 
 QTEST_GUILESS_MAIN(TestSimulatedServiceRequests)
