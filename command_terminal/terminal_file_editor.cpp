@@ -35,6 +35,7 @@ void TerminalFileEditor::textWasChanged()
 void TerminalFileEditor::setUnmodified()
 {
     modified = false;
+    document()->setModified(false); // a host looks there before it closes a tool
     KdChildEvent event(KD::ModifiedChanged, qint64{0});
     observer.processChildEvent(event);
 }

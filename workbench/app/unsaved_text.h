@@ -5,8 +5,8 @@ class QWidget;
 namespace workbench
 {
 
-/// Whether a tool's editor holds text that the operator typed and has not saved. Goes by the controls that a tool with
-/// an editor has; a tool without them has nothing to lose.
+/// Whether a tool's editor, the child of that name, holds text that was typed and not saved; its document's modified
+/// flag tells. A tool without an editor has nothing to lose.
 bool hasUnsavedText(const QWidget &tool);
 
 } // namespace workbench
