@@ -23,6 +23,11 @@ TerminalFileEditor::TerminalFileEditor(QWidget *parent, TerminalPluginState *sta
 
 TerminalFileEditor::~TerminalFileEditor() = default;
 
+QString TerminalFileEditor::wholeText() const
+{
+    return document()->toRawText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+}
+
 void TerminalFileEditor::textWasChanged()
 {
     if (modified)
@@ -155,7 +160,7 @@ void TerminalFileEditor::writeFile()
         return;
     }
     QTextStream stream(&file);
-    stream << toPlainText();
+    stream << wholeText();
     stream.flush();
     if (stream.status() != QTextStream::Ok || !file.commit()) {
         currentFile.clear();

@@ -27,6 +27,9 @@ public:
     /// Whether Python files are edited instead of command files.
     void setPythonMode(bool python) { pythonMode = python; }
 
+    /// The text as it was read or typed. Other than toPlainText it keeps blanks that must not be broken at.
+    QString wholeText() const;
+
     /// Path of the file last opened or saved; empty for a new text.
     QString getCurrentFile() const { return currentFile; }
 

@@ -137,7 +137,7 @@ void TerminalWidget::showEditor()
 
 void TerminalWidget::executeFile()
 {
-    const QString text = editor->toPlainText();
+    const QString text = editor->wholeText();
     showConsole();
     console->runCommandFile(text);
 }

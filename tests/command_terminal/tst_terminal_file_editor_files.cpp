@@ -133,6 +133,10 @@ void TestTerminalFileEditorFiles::readsAndWritesBack_data()
     same("empty lines", "\n\none\n\n\ntwo\n\n");
     same("blanks and tabs", "  one \t\n\ttwo  \n \n");
     same("letters of other scripts", "\xc3\xa4\xc3\xb6 \xce\xa9 \xd7\x90\xd7\x91\n");
+    same("blanks not to be broken at",
+         "a\xc2\xa0\xe2\x80\xaf"
+         "b\xe2\x80\xa8"
+         "c\n");
     same("beyond the BMP", "\xf0\x9f\x94\x8c volt\n");
     same("long line", QByteArray(200000, 'x') + "\nend\n");
     same("many lines", QByteArray("# line\n").repeated(20000));
@@ -151,8 +155,9 @@ void TestTerminalFileEditorFiles::readsAndWritesBack()
     FileEditorBench bench;
     const QString path = bench.write(QStringLiteral("a.txt"), content);
     QVERIFY(bench.open(path));
-    QCOMPARE(bench.editor->toPlainText(), text);
+    QCOMPARE(bench.editor->wholeText(), text);
     QCOMPARE(bench.editor->getCurrentFile(), path);
+    QVERIFY(!bench.editor->document()->isModified());
     bench.send(KD::SaveFile);
     QCOMPARE(FileEditorBench::read(path), written);
 }
@@ -174,6 +179,7 @@ void TestTerminalFileEditorFiles::writesWhatIsShown()
     const QString path = bench.path(QStringLiteral("new.txt"));
     QVERIFY(bench.saveAs(path));
     QCOMPARE(FileEditorBench::read(path), text.toUtf8());
+    QVERIFY(!bench.editor->document()->isModified());
 }
 
 void TestTerminalFileEditorFiles::opensBytesThatAreNoText()
