@@ -38,7 +38,10 @@ private:
     int count = 0;
 };
 
-const QStringList Names{QStringLiteral("alpha"), QStringLiteral("beta"), QStringLiteral("gamma")};
+QStringList names()
+{
+    return {QStringLiteral("alpha"), QStringLiteral("beta"), QStringLiteral("gamma")};
+}
 
 } // namespace
 
@@ -75,7 +78,7 @@ private Q_SLOTS:
 private:
     int rowHeight() const { return contents->fontMetrics().height(); }
     QImage painted() const;
-    QImage expected(const QSize &size, const QStringList &names, int selected) const;
+    QImage expected(const QSize &size, const QStringList &rows, int selected) const;
 
     QPalette usualPalette;
     std::unique_ptr<TerminalFixture> host;
@@ -122,7 +125,7 @@ void TstTerminalConsoleCompleterContents::init()
     own.setColor(QPalette::WindowText, Qt::magenta);
     own.setColor(QPalette::Window, Qt::magenta);
     contents->setPalette(own);
-    console->showCompletions(Names);
+    console->showCompletions(names());
     QVERIFY(QTest::qWaitForWindowExposed(console->completer));
 }
 
@@ -141,7 +144,7 @@ QImage TstTerminalConsoleCompleterContents::painted() const
 }
 
 /// The list as it should be: white, a row selected, each text 2 pixels from the left on the baseline of its row.
-QImage TstTerminalConsoleCompleterContents::expected(const QSize &size, const QStringList &names,
+QImage TstTerminalConsoleCompleterContents::expected(const QSize &size, const QStringList &rows,
                                                      int selected) const
 {
     QImage image(size, QImage::Format_ARGB32_Premultiplied);
@@ -149,11 +152,11 @@ QImage TstTerminalConsoleCompleterContents::expected(const QSize &size, const QS
     QPainter painter(&image);
     painter.setFont(contents->font());
     int baseline = contents->fontMetrics().ascent() + 2;
-    for (int row = 0; row < names.size(); ++row) {
+    for (int row = 0; row < rows.size(); ++row) {
         if (row == selected)
             painter.fillRect(0, baseline - contents->fontMetrics().ascent(), 1000, rowHeight(), Qt::darkCyan);
         painter.setPen(row == selected ? Qt::yellow : Qt::blue);
-        painter.drawText(2, baseline, names.at(row));
+        painter.drawText(2, baseline, rows.at(row));
         baseline += rowHeight();
     }
     return image;
@@ -211,7 +214,7 @@ void TstTerminalConsoleCompleterContents::drawsTextInTheApplicationsColours()
         }
         return found;
     };
-    for (int row = 0; row < Names.size(); ++row) {
+    for (int row = 0; row < names().size(); ++row) {
         QVERIFY(count(row, row == 1 ? Qt::yellow : Qt::blue) > 20);
         QCOMPARE(count(row, row == 1 ? Qt::blue : Qt::yellow), 0);
         QCOMPARE(count(row, Qt::gray), 0);
@@ -221,11 +224,11 @@ void TstTerminalConsoleCompleterContents::drawsTextInTheApplicationsColours()
 
 void TstTerminalConsoleCompleterContents::paintsEveryRowInItsPlace_data()
 {
-    QTest::addColumn<QStringList>("names");
+    QTest::addColumn<QStringList>("rows");
     QTest::addColumn<int>("selected");
-    QTest::newRow("first selected") << Names << 0;
-    QTest::newRow("last selected") << Names << 2;
-    QTest::newRow("many") << Names + Names + Names + Names << 7;
+    QTest::newRow("first selected") << names() << 0;
+    QTest::newRow("last selected") << names() << 2;
+    QTest::newRow("many") << names() + names() + names() + names() << 7;
     QTest::newRow("empty candidate") << QStringList{QString(), QStringLiteral("a")} << 1;
     QTest::newRow("line feed inside") << QStringList{QStringLiteral("a\nb"), QStringLiteral("c")} << 0;
     QTest::newRow("right-to-left") << QStringList{QStringLiteral("\u05e9\u05dc\u05d5\u05dd"),
@@ -235,21 +238,21 @@ void TstTerminalConsoleCompleterContents::paintsEveryRowInItsPlace_data()
 
 void TstTerminalConsoleCompleterContents::paintsEveryRowInItsPlace()
 {
-    QFETCH(QStringList, names);
+    QFETCH(QStringList, rows);
     QFETCH(int, selected);
-    console->showCompletions(names);
+    console->showCompletions(rows);
     contents->select(selected);
-    QCOMPARE(painted(), expected(contents->size(), names, selected));
+    QCOMPARE(painted(), expected(contents->size(), rows, selected));
 }
 
 void TstTerminalConsoleCompleterContents::paintsAnyPartAlike()
 {
     // Marks above and below reach out of their row.
     const QStringList tall{QStringLiteral("\u00c5\u0302\u0302g\u0331\u0331"), QStringLiteral("a")};
-    const QStringList names = Names + tall + tall + tall + Names;
-    console->showCompletions(names);
+    const QStringList rows = names() + tall + tall + tall + names();
+    console->showCompletions(rows);
     contents->select(5);
-    const QImage whole = expected(contents->size(), names, 5);
+    const QImage whole = expected(contents->size(), rows, 5);
     for (int y = 0; y < contents->height(); y += 7) {
         const QRect part(0, y, contents->width(), qMin(7, contents->height() - y));
         QImage image(part.size(), QImage::Format_ARGB32_Premultiplied);
@@ -261,10 +264,10 @@ void TstTerminalConsoleCompleterContents::paintsAnyPartAlike()
 
 void TstTerminalConsoleCompleterContents::textIsNotElided()
 {
-    const QStringList names{QStringLiteral("a_candidate_of_some_length")};
-    console->showCompletions(names);
+    const QStringList rows{QStringLiteral("a_candidate_of_some_length")};
+    console->showCompletions(rows);
     contents->resize(100, contents->height());
-    QCOMPARE(painted(), expected(contents->size(), names, 0));
+    QCOMPARE(painted(), expected(contents->size(), rows, 0));
 }
 
 // Mouse
@@ -296,7 +299,7 @@ void TstTerminalConsoleCompleterContents::pressSelectsTheRow()
                       Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(contents, &press);
     QTEST(contents->selectedRow(), "selected");
-    QCOMPARE(console->completer->currentCompletion(), Names.at(contents->selectedRow()));
+    QCOMPARE(console->completer->currentCompletion(), names().at(contents->selectedRow()));
     QVERIFY(console->isPopupOpen());
 }
 
@@ -325,7 +328,7 @@ void TstTerminalConsoleCompleterContents::repaintsOnlyOnChange()
     QFont font = contents->font();
     font.setPixelSize(12);
     contents->setFont(font);
-    console->showCompletions(Names);
+    console->showCompletions(names());
     PaintCounter paints(contents);
     paints.taken();
     const auto press = [&](int row) {
@@ -340,7 +343,7 @@ void TstTerminalConsoleCompleterContents::repaintsOnlyOnChange()
     QCOMPARE(paints.taken(), 0); // the last row already
     console->completer->selectPrevious();
     QCOMPARE(paints.taken(), 1);
-    console->showCompletions(Names);
+    console->showCompletions(names());
     QCOMPARE(paints.taken(), 1);
 }
 
@@ -359,7 +362,7 @@ void TstTerminalConsoleCompleterContents::doubleClickHandsTheCandidateOver()
     QFETCH(int, y);
     QFETCH(QString, input);
     console->type(QStringLiteral("get al"));
-    console->showCompletions(Names);
+    console->showCompletions(names());
     QMouseEvent click(QEvent::MouseButtonDblClick, QPoint(5, y * rowHeight() + 5), Qt::LeftButton,
                       Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(contents, &click);
@@ -374,7 +377,7 @@ void TstTerminalConsoleCompleterContents::doubleClickHandsTheCandidateOver()
 void TstTerminalConsoleCompleterContents::doubleClickWithoutConsole()
 {
     TerminalConsoleCompleterContents alone(nullptr, nullptr);
-    alone.setCandidates(Names);
+    alone.setCandidates(names());
     alone.show();
     QVERIFY(QTest::qWaitForWindowExposed(&alone));
     PaintCounter paints(&alone);
