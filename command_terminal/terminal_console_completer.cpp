@@ -36,6 +36,7 @@ TerminalConsoleCompleter::TerminalConsoleCompleter(TerminalConsole *console)
     layout->addWidget(scrollArea);
     contents->show();
     scrollArea->setWidget(contents);
+    scrollArea->setBackgroundRole(QPalette::Base); // no grey strip beside the list
     hide();
 }
 
