@@ -1,15 +1,12 @@
 #include "command_terminal/terminal_console.h"
 
-#include "tests/command_terminal/probe_console.h"
-#include "tests/command_terminal/terminal_fixture.h"
+#include "tests/command_terminal/shown_console.h"
 
 #include <QScrollBar>
 #include <QTest>
 
-#include <memory>
-
 /// What the console shows: prompts, output and its colours.
-class TstTerminalConsole : public QObject
+class TestTerminalConsole : public QObject, private ShownConsole
 {
     Q_OBJECT
 
@@ -37,29 +34,19 @@ private Q_SLOTS:
     void clearEmptiesEverything_data();
     void clearEmptiesEverything();
     void removeInputKeepsThePrompt();
-
-private:
-    std::unique_ptr<TerminalFixture> host;
-    std::unique_ptr<ProbeConsole> console;
 };
 
-void TstTerminalConsole::init()
+void TestTerminalConsole::init()
 {
-    host = std::make_unique<TerminalFixture>();
-    console = std::make_unique<ProbeConsole>(*host);
-    console->resize(400, 200);
-    console->show();
-    console->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(console.get()));
+    QVERIFY(showConsole());
 }
 
-void TstTerminalConsole::cleanup()
+void TestTerminalConsole::cleanup()
 {
-    console.reset();
-    host.reset();
+    closeConsole();
 }
 
-void TstTerminalConsole::startsWithAPrompt()
+void TestTerminalConsole::startsWithAPrompt()
 {
     const ProbeConsole fresh(*host);
     QCOMPARE(fresh.toPlainText(), QStringLiteral("> "));
@@ -78,7 +65,7 @@ void TstTerminalConsole::startsWithAPrompt()
     QCOMPARE(fresh.currentCharFormat().foreground().color(), QColor(Qt::white));
 }
 
-void TstTerminalConsole::paintsWhiteOnBlack_data()
+void TestTerminalConsole::paintsWhiteOnBlack_data()
 {
     QTest::addColumn<int>("group");
     QTest::newRow("active") << int{QPalette::Active};
@@ -86,7 +73,7 @@ void TstTerminalConsole::paintsWhiteOnBlack_data()
     QTest::newRow("disabled") << int{QPalette::Disabled};
 }
 
-void TstTerminalConsole::paintsWhiteOnBlack()
+void TestTerminalConsole::paintsWhiteOnBlack()
 {
     QFETCH(int, group);
     const auto colourGroup = static_cast<QPalette::ColorGroup>(group);
@@ -99,7 +86,7 @@ void TstTerminalConsole::paintsWhiteOnBlack()
 using PromptOperation = void (TerminalConsole::*)();
 Q_DECLARE_METATYPE(PromptOperation)
 
-void TstTerminalConsole::promptsTakeInput_data()
+void TestTerminalConsole::promptsTakeInput_data()
 {
     QTest::addColumn<PromptOperation>("print");
     QTest::addColumn<bool>("inputModeBefore");
@@ -118,7 +105,7 @@ void TstTerminalConsole::promptsTakeInput_data()
                                  << true;
 }
 
-void TstTerminalConsole::promptsTakeInput()
+void TestTerminalConsole::promptsTakeInput()
 {
     QFETCH(PromptOperation, print);
     QFETCH(bool, inputModeBefore);
@@ -137,7 +124,7 @@ void TstTerminalConsole::promptsTakeInput()
     QTEST(console->inputMode, "inputModeAfter");
 }
 
-void TstTerminalConsole::promptsScrollToTheCursor_data()
+void TestTerminalConsole::promptsScrollToTheCursor_data()
 {
     QTest::addColumn<PromptOperation>("print");
     QTest::newRow("normal") << &TerminalConsole::printPrompt;
@@ -145,7 +132,7 @@ void TstTerminalConsole::promptsScrollToTheCursor_data()
     QTest::newRow("input") << &TerminalConsole::printInputPrompt;
 }
 
-void TstTerminalConsole::promptsScrollToTheCursor()
+void TestTerminalConsole::promptsScrollToTheCursor()
 {
     QFETCH(PromptOperation, print);
     console->printText(QStringLiteral("line\n").repeated(200));
@@ -157,7 +144,7 @@ void TstTerminalConsole::promptsScrollToTheCursor()
 
 // Output
 
-void TstTerminalConsole::textIsInsertedAtTheCursor()
+void TestTerminalConsole::textIsInsertedAtTheCursor()
 {
     console->type(QStringLiteral("ad"));
     console->moveTo(console->promptEnd + 1);
@@ -174,7 +161,7 @@ void TstTerminalConsole::textIsInsertedAtTheCursor()
 using MessageOperation = void (TerminalConsole::*)(const QString &);
 Q_DECLARE_METATYPE(MessageOperation)
 
-void TstTerminalConsole::messagesAreTrimmedLines_data()
+void TestTerminalConsole::messagesAreTrimmedLines_data()
 {
     QTest::addColumn<MessageOperation>("print");
     QTest::addColumn<QColor>("colour");
@@ -201,7 +188,7 @@ void TstTerminalConsole::messagesAreTrimmedLines_data()
     }
 }
 
-void TstTerminalConsole::messagesAreTrimmedLines()
+void TestTerminalConsole::messagesAreTrimmedLines()
 {
     QFETCH(MessageOperation, print);
     QFETCH(QColor, colour);
@@ -223,14 +210,14 @@ void TstTerminalConsole::messagesAreTrimmedLines()
     QCOMPARE(console->coloursOf(0, start), QList<QColor>{Qt::white});
 }
 
-void TstTerminalConsole::messagesScrollToTheCursor_data()
+void TestTerminalConsole::messagesScrollToTheCursor_data()
 {
     QTest::addColumn<MessageOperation>("print");
     QTest::newRow("error") << &TerminalConsole::printError;
     QTest::newRow("success") << &TerminalConsole::printSuccess;
 }
 
-void TstTerminalConsole::messagesScrollToTheCursor()
+void TestTerminalConsole::messagesScrollToTheCursor()
 {
     QFETCH(MessageOperation, print);
     console->printText(QStringLiteral("line\n").repeated(200));
@@ -240,7 +227,7 @@ void TstTerminalConsole::messagesScrollToTheCursor()
     QVERIFY(console->viewport()->rect().contains(console->cursorRect()));
 }
 
-void TstTerminalConsole::outputReplacesNoSelection()
+void TestTerminalConsole::outputReplacesNoSelection()
 {
     console->printText(QStringLiteral("earlier\n"));
     console->printPrompt();
@@ -256,7 +243,7 @@ void TstTerminalConsole::outputReplacesNoSelection()
     QCOMPARE(console->toPlainText(), QStringLiteral("> earlier\n> typed!bad\ngood\n> "));
 }
 
-void TstTerminalConsole::messagesAbovePromptKeepTheTypedLine_data()
+void TestTerminalConsole::messagesAbovePromptKeepTheTypedLine_data()
 {
     QTest::addColumn<MessageOperation>("print");
     QTest::addColumn<PromptOperation>("printPrompt");
@@ -279,7 +266,7 @@ void TstTerminalConsole::messagesAbovePromptKeepTheTypedLine_data()
         << QStringLiteral("bad") << QStringLiteral("bad\n") << QColor(Qt::red);
 }
 
-void TstTerminalConsole::messagesAbovePromptKeepTheTypedLine()
+void TestTerminalConsole::messagesAbovePromptKeepTheTypedLine()
 {
     QFETCH(MessageOperation, print);
     QFETCH(PromptOperation, printPrompt);
@@ -312,7 +299,7 @@ void TstTerminalConsole::messagesAbovePromptKeepTheTypedLine()
 
 // Clearing and removing
 
-void TstTerminalConsole::clearEmptiesEverything_data()
+void TestTerminalConsole::clearEmptiesEverything_data()
 {
     QTest::addColumn<QString>("banner");
     QTest::newRow("no banner") << QString();
@@ -320,7 +307,7 @@ void TstTerminalConsole::clearEmptiesEverything_data()
     QTest::newRow("banner without a line feed") << QStringLiteral("Welcome");
 }
 
-void TstTerminalConsole::clearEmptiesEverything()
+void TestTerminalConsole::clearEmptiesEverything()
 {
     QFETCH(QString, banner);
     console->enterLine(QStringLiteral("first"));
@@ -349,7 +336,7 @@ void TstTerminalConsole::clearEmptiesEverything()
     QCOMPARE(console->executed, (QStringList{QStringLiteral("first"), QStringLiteral("again")}));
 }
 
-void TstTerminalConsole::removeInputKeepsThePrompt()
+void TestTerminalConsole::removeInputKeepsThePrompt()
 {
     console->printText(QStringLiteral("out\n"));
     console->printPrompt();
@@ -364,6 +351,6 @@ void TstTerminalConsole::removeInputKeepsThePrompt()
     QCOMPARE(console->toPlainText(), QStringLiteral("> out\n> "));
 }
 
-QTEST_MAIN(TstTerminalConsole)
+QTEST_MAIN(TestTerminalConsole)
 
 #include "tst_terminal_console.moc"

@@ -1,8 +1,7 @@
 #include "command_terminal/terminal_console_completer.h"
 
 #include "command_terminal/terminal_console_completer_contents.h"
-#include "tests/command_terminal/probe_console.h"
-#include "tests/command_terminal/terminal_fixture.h"
+#include "tests/command_terminal/shown_console.h"
 
 #include <QApplication>
 #include <QFontDatabase>
@@ -15,10 +14,8 @@
 #include <QTest>
 #include <QVBoxLayout>
 
-#include <memory>
-
 /// The popup around the list: its size, its scrolling, its selection and the focus that it never takes.
-class TstTerminalConsoleCompleter : public QObject
+class TestTerminalConsoleCompleter : public QObject, private ShownConsole
 {
     Q_OBJECT
 
@@ -60,25 +57,18 @@ private:
     bool showsRow(int row) const;
     static QStringList names(int count);
 
-    std::unique_ptr<TerminalFixture> host;
-    std::unique_ptr<ProbeConsole> console;
     TerminalConsoleCompleter *popup = nullptr; // the console's, and so are its parts
     QScrollArea *scrollArea = nullptr;
     TerminalConsoleCompleterContents *contents = nullptr;
 };
 
-void TstTerminalConsoleCompleter::init()
+void TestTerminalConsoleCompleter::init()
 {
-    host = std::make_unique<TerminalFixture>();
-    console = std::make_unique<ProbeConsole>(*host);
-    console->resize(400, 200);
-    console->show();
-    console->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(console.get()));
+    QVERIFY(showConsole());
     takeParts(console.get());
 }
 
-void TstTerminalConsoleCompleter::takeParts(QWidget *owner)
+void TestTerminalConsoleCompleter::takeParts(QWidget *owner)
 {
     popup = owner->findChild<TerminalConsoleCompleter *>();
     QVERIFY(popup);
@@ -88,13 +78,12 @@ void TstTerminalConsoleCompleter::takeParts(QWidget *owner)
     QVERIFY(contents);
 }
 
-void TstTerminalConsoleCompleter::cleanup()
+void TestTerminalConsoleCompleter::cleanup()
 {
-    console.reset();
-    host.reset();
+    closeConsole();
 }
 
-QStringList TstTerminalConsoleCompleter::names(int count)
+QStringList TestTerminalConsoleCompleter::names(int count)
 {
     QStringList list;
     for (int i = 0; i < count; ++i)
@@ -102,13 +91,13 @@ QStringList TstTerminalConsoleCompleter::names(int count)
     return list;
 }
 
-bool TstTerminalConsoleCompleter::showsRow(int row) const
+bool TestTerminalConsoleCompleter::showsRow(int row) const
 {
     const QRect place(0, row * rowHeight() + 2, 1, rowHeight());
     return contents->visibleRegion().boundingRect().contains(place);
 }
 
-void TstTerminalConsoleCompleter::isAHiddenToolTipOfTheConsole()
+void TestTerminalConsoleCompleter::isAHiddenToolTipOfTheConsole()
 {
     QCOMPARE(popup->windowType(), Qt::ToolTip);
     QCOMPARE(popup->parentWidget(), console.get());
@@ -127,7 +116,7 @@ void TstTerminalConsoleCompleter::isAHiddenToolTipOfTheConsole()
     QCOMPARE(console->findChildren<TerminalConsoleCompleter *>().size(), 1);
 }
 
-void TstTerminalConsoleCompleter::fitsItsCandidates_data()
+void TestTerminalConsoleCompleter::fitsItsCandidates_data()
 {
     QTest::addColumn<QStringList>("candidates");
     // As many rows as fit in 100 pixels with the margins of 2, and one more.
@@ -147,7 +136,7 @@ void TstTerminalConsoleCompleter::fitsItsCandidates_data()
                                                   QStringLiteral("a")};
 }
 
-void TstTerminalConsoleCompleter::fitsItsCandidates()
+void TestTerminalConsoleCompleter::fitsItsCandidates()
 {
     QFETCH(QStringList, candidates);
     popup->showCompletions(candidates);
@@ -170,7 +159,7 @@ void TstTerminalConsoleCompleter::fitsItsCandidates()
     QVERIFY(!scrollArea->horizontalScrollBar()->isVisible());
 }
 
-void TstTerminalConsoleCompleter::fitsTheFontOfTheContents()
+void TestTerminalConsoleCompleter::fitsTheFontOfTheContents()
 {
     // Looks for fonts that bring the list to exactly 100 pixels and just above.
     bool exact = false;
@@ -194,7 +183,7 @@ void TstTerminalConsoleCompleter::fitsTheFontOfTheContents()
     QVERIFY(above);
 }
 
-void TstTerminalConsoleCompleter::measuresInEveryFont_data()
+void TestTerminalConsoleCompleter::measuresInEveryFont_data()
 {
     QTest::addColumn<QFont>("font");
     const QFont general = QApplication::font();
@@ -213,7 +202,7 @@ void TstTerminalConsoleCompleter::measuresInEveryFont_data()
     }
 }
 
-void TstTerminalConsoleCompleter::measuresInEveryFont()
+void TestTerminalConsoleCompleter::measuresInEveryFont()
 {
     QFETCH(QFont, font);
     contents->setFont(font);
@@ -230,7 +219,7 @@ void TstTerminalConsoleCompleter::measuresInEveryFont()
     }
 }
 
-void TstTerminalConsoleCompleter::fitsUnderEveryStyle_data()
+void TestTerminalConsoleCompleter::fitsUnderEveryStyle_data()
 {
     QTest::addColumn<QString>("style");
     const QStringList styles = QStyleFactory::keys();
@@ -238,7 +227,7 @@ void TstTerminalConsoleCompleter::fitsUnderEveryStyle_data()
         QTest::newRow(qPrintable(style)) << style;
 }
 
-void TstTerminalConsoleCompleter::fitsUnderEveryStyle()
+void TestTerminalConsoleCompleter::fitsUnderEveryStyle()
 {
     QFETCH(QString, style);
     const QString usual = QApplication::style()->objectName();
@@ -276,7 +265,7 @@ public:
 
 } // namespace
 
-void TstTerminalConsoleCompleter::takesTheScrollBarExtentOnce()
+void TestTerminalConsoleCompleter::takesTheScrollBarExtentOnce()
 {
     const QString usual = QApplication::style()->objectName();
     QApplication::setStyle(new WideBars); // the application owns it
@@ -293,7 +282,7 @@ void TstTerminalConsoleCompleter::takesTheScrollBarExtentOnce()
              contents->width() + QApplication::style()->pixelMetric(QStyle::PM_ScrollBarExtent) + 8);
 }
 
-void TstTerminalConsoleCompleter::isNeverSmallerThanItsMinimum()
+void TestTerminalConsoleCompleter::isNeverSmallerThanItsMinimum()
 {
     popup->showCompletions({QString()});
     QCOMPARE(contents->width(), widthOf(QString()) + 4);
@@ -301,7 +290,7 @@ void TstTerminalConsoleCompleter::isNeverSmallerThanItsMinimum()
     QCOMPARE(popup->currentCompletion(), QString());
 }
 
-void TstTerminalConsoleCompleter::showsWithoutTakingTheFocus()
+void TestTerminalConsoleCompleter::showsWithoutTakingTheFocus()
 {
     console->setFocus();
     popup->showCompletions(names(3));
@@ -313,7 +302,7 @@ void TstTerminalConsoleCompleter::showsWithoutTakingTheFocus()
     QVERIFY(console->hasFocus());
 }
 
-void TstTerminalConsoleCompleter::startsWithTheFirstCandidate()
+void TestTerminalConsoleCompleter::startsWithTheFirstCandidate()
 {
     popup->showCompletions(names(3));
     QCOMPARE(popup->currentCompletion(), QStringLiteral("name0"));
@@ -323,7 +312,7 @@ void TstTerminalConsoleCompleter::startsWithTheFirstCandidate()
     QCOMPARE(contents->selectedRow(), 0);
 }
 
-void TstTerminalConsoleCompleter::emptyListHidesIt()
+void TestTerminalConsoleCompleter::emptyListHidesIt()
 {
     popup->showCompletions(names(3));
     popup->selectNext();
@@ -338,7 +327,7 @@ void TstTerminalConsoleCompleter::emptyListHidesIt()
     QVERIFY(popup->isVisible());
 }
 
-void TstTerminalConsoleCompleter::selectsRows_data()
+void TestTerminalConsoleCompleter::selectsRows_data()
 {
     QTest::addColumn<QString>("moves"); // n for the next, p for the previous
     QTest::addColumn<int>("row");
@@ -351,7 +340,7 @@ void TstTerminalConsoleCompleter::selectsRows_data()
     QTest::newRow("forth from the first") << QStringLiteral("ppn") << 1;
 }
 
-void TstTerminalConsoleCompleter::selectsRows()
+void TestTerminalConsoleCompleter::selectsRows()
 {
     QFETCH(QString, moves);
     QFETCH(int, row);
@@ -366,7 +355,7 @@ void TstTerminalConsoleCompleter::selectsRows()
     QCOMPARE(popup->currentCompletion(), QStringLiteral("name%1").arg(row));
 }
 
-void TstTerminalConsoleCompleter::hasNothingSelectedWhenEmpty()
+void TestTerminalConsoleCompleter::hasNothingSelectedWhenEmpty()
 {
     QCOMPARE(popup->currentCompletion(), QString());
     popup->selectNext();
@@ -374,7 +363,7 @@ void TstTerminalConsoleCompleter::hasNothingSelectedWhenEmpty()
     QCOMPARE(popup->currentCompletion(), QString());
 }
 
-void TstTerminalConsoleCompleter::scrollsTheSelectionIntoView()
+void TestTerminalConsoleCompleter::scrollsTheSelectionIntoView()
 {
     popup->showCompletions(names(50));
     QVERIFY(QTest::qWaitForWindowExposed(popup));
@@ -393,7 +382,7 @@ void TstTerminalConsoleCompleter::scrollsTheSelectionIntoView()
     QCOMPARE(bar->value(), 0);
 }
 
-void TstTerminalConsoleCompleter::scrollsEvenWhenTheSelectionStays()
+void TestTerminalConsoleCompleter::scrollsEvenWhenTheSelectionStays()
 {
     popup->showCompletions(names(50));
     QVERIFY(QTest::qWaitForWindowExposed(popup));
@@ -415,7 +404,7 @@ void TstTerminalConsoleCompleter::scrollsEvenWhenTheSelectionStays()
 
 // Focus
 
-void TstTerminalConsoleCompleter::knowsTheFocusInside()
+void TestTerminalConsoleCompleter::knowsTheFocusInside()
 {
     QVERIFY(console->hasFocus());
     popup->showCompletions(names(50));
@@ -443,7 +432,7 @@ void TstTerminalConsoleCompleter::knowsTheFocusInside()
     }
 }
 
-void TstTerminalConsoleCompleter::ignoresFocusOutsideTheFirstChildren()
+void TestTerminalConsoleCompleter::ignoresFocusOutsideTheFirstChildren()
 {
     console->clearFocus(); // which would close the popup when it goes
     popup->showCompletions(names(50));
@@ -460,7 +449,7 @@ void TstTerminalConsoleCompleter::ignoresFocusOutsideTheFirstChildren()
     QVERIFY(!popup->hasFocusInside());
 }
 
-void TstTerminalConsoleCompleter::destroysItsParts()
+void TestTerminalConsoleCompleter::destroysItsParts()
 {
     const QPointer<QWidget> area(scrollArea);
     const QPointer<QWidget> list(contents);
@@ -472,6 +461,6 @@ void TstTerminalConsoleCompleter::destroysItsParts()
     QVERIFY(!list);
 }
 
-QTEST_MAIN(TstTerminalConsoleCompleter)
+QTEST_MAIN(TestTerminalConsoleCompleter)
 
 #include "tst_terminal_console_completer.moc"

@@ -1,15 +1,13 @@
 #include "command_terminal/terminal_console_completer_contents.h"
 
 #include "command_terminal/terminal_console_completer.h"
-#include "tests/command_terminal/probe_console.h"
-#include "tests/command_terminal/terminal_fixture.h"
+#include "tests/command_terminal/shown_console.h"
 
 #include <QApplication>
 #include <QImage>
 #include <QPainter>
 #include <QTest>
 
-#include <memory>
 #include <utility>
 
 namespace
@@ -46,7 +44,7 @@ QStringList names()
 } // namespace
 
 /// What the list paints and which row the mouse means.
-class TstTerminalConsoleCompleterContents : public QObject
+class TestTerminalConsoleCompleterContents : public QObject, private ShownConsole
 {
     Q_OBJECT
 
@@ -81,12 +79,10 @@ private:
     QImage expected(const QSize &size, const QStringList &rows, int selected) const;
 
     QPalette usualPalette;
-    std::unique_ptr<TerminalFixture> host;
-    std::unique_ptr<ProbeConsole> console;
     TerminalConsoleCompleterContents *contents = nullptr; // the console's popup's
 };
 
-void TstTerminalConsoleCompleterContents::initTestCase()
+void TestTerminalConsoleCompleterContents::initTestCase()
 {
     usualPalette = QApplication::palette();
     // Colours that nothing else has, and others in the groups that must not be taken.
@@ -99,19 +95,14 @@ void TstTerminalConsoleCompleterContents::initTestCase()
     QApplication::setPalette(palette);
 }
 
-void TstTerminalConsoleCompleterContents::cleanupTestCase()
+void TestTerminalConsoleCompleterContents::cleanupTestCase()
 {
     QApplication::setPalette(usualPalette);
 }
 
-void TstTerminalConsoleCompleterContents::init()
+void TestTerminalConsoleCompleterContents::init()
 {
-    host = std::make_unique<TerminalFixture>();
-    console = std::make_unique<ProbeConsole>(*host);
-    console->resize(400, 200);
-    console->show();
-    console->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(console.get()));
+    QVERIFY(showConsole());
     contents = console->findChild<TerminalConsoleCompleterContents *>();
     QVERIFY(contents);
     // Large enough for strokes of the full colour; and the widget's own palette is not to be used.
@@ -129,13 +120,12 @@ void TstTerminalConsoleCompleterContents::init()
     QVERIFY(QTest::qWaitForWindowExposed(console->completer));
 }
 
-void TstTerminalConsoleCompleterContents::cleanup()
+void TestTerminalConsoleCompleterContents::cleanup()
 {
-    console.reset();
-    host.reset();
+    closeConsole();
 }
 
-QImage TstTerminalConsoleCompleterContents::painted() const
+QImage TestTerminalConsoleCompleterContents::painted() const
 {
     QImage image(contents->size(), QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::magenta);
@@ -144,8 +134,8 @@ QImage TstTerminalConsoleCompleterContents::painted() const
 }
 
 /// The list as it should be: white, a row selected, each text 2 pixels from the left on the baseline of its row.
-QImage TstTerminalConsoleCompleterContents::expected(const QSize &size, const QStringList &rows,
-                                                     int selected) const
+QImage TestTerminalConsoleCompleterContents::expected(const QSize &size, const QStringList &rows,
+                                                      int selected) const
 {
     QImage image(size, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::white);
@@ -162,7 +152,7 @@ QImage TstTerminalConsoleCompleterContents::expected(const QSize &size, const QS
     return image;
 }
 
-void TstTerminalConsoleCompleterContents::fillsItselfWithWhite()
+void TestTerminalConsoleCompleterContents::fillsItselfWithWhite()
 {
     contents->resize(1200, 600); // more than rows and texts need
     const QImage image = painted();
@@ -172,7 +162,7 @@ void TstTerminalConsoleCompleterContents::fillsItselfWithWhite()
         QCOMPARE(image.pixelColor(1100, y), QColor(Qt::white)); // beyond text and highlight
 }
 
-void TstTerminalConsoleCompleterContents::highlightsTheSelectedRow_data()
+void TestTerminalConsoleCompleterContents::highlightsTheSelectedRow_data()
 {
     QTest::addColumn<int>("row");
     QTest::newRow("first") << 0;
@@ -180,7 +170,7 @@ void TstTerminalConsoleCompleterContents::highlightsTheSelectedRow_data()
     QTest::newRow("last") << 2;
 }
 
-void TstTerminalConsoleCompleterContents::highlightsTheSelectedRow()
+void TestTerminalConsoleCompleterContents::highlightsTheSelectedRow()
 {
     QFETCH(int, row);
     contents->select(row);
@@ -193,7 +183,7 @@ void TstTerminalConsoleCompleterContents::highlightsTheSelectedRow()
     }
 }
 
-void TstTerminalConsoleCompleterContents::highlightIsAThousandPixelsWide()
+void TestTerminalConsoleCompleterContents::highlightIsAThousandPixelsWide()
 {
     contents->resize(1200, contents->height());
     const QImage image = painted();
@@ -202,7 +192,7 @@ void TstTerminalConsoleCompleterContents::highlightIsAThousandPixelsWide()
     QCOMPARE(image.pixelColor(1000, middle), QColor(Qt::white));
 }
 
-void TstTerminalConsoleCompleterContents::drawsTextInTheApplicationsColours()
+void TestTerminalConsoleCompleterContents::drawsTextInTheApplicationsColours()
 {
     contents->select(1);
     const QImage image = painted();
@@ -222,7 +212,7 @@ void TstTerminalConsoleCompleterContents::drawsTextInTheApplicationsColours()
     }
 }
 
-void TstTerminalConsoleCompleterContents::paintsEveryRowInItsPlace_data()
+void TestTerminalConsoleCompleterContents::paintsEveryRowInItsPlace_data()
 {
     QTest::addColumn<QStringList>("rows");
     QTest::addColumn<int>("selected");
@@ -236,7 +226,7 @@ void TstTerminalConsoleCompleterContents::paintsEveryRowInItsPlace_data()
                                    << 1;
 }
 
-void TstTerminalConsoleCompleterContents::paintsEveryRowInItsPlace()
+void TestTerminalConsoleCompleterContents::paintsEveryRowInItsPlace()
 {
     QFETCH(QStringList, rows);
     QFETCH(int, selected);
@@ -245,7 +235,7 @@ void TstTerminalConsoleCompleterContents::paintsEveryRowInItsPlace()
     QCOMPARE(painted(), expected(contents->size(), rows, selected));
 }
 
-void TstTerminalConsoleCompleterContents::paintsAnyPartAlike()
+void TestTerminalConsoleCompleterContents::paintsAnyPartAlike()
 {
     // Marks above and below reach out of their row.
     const QStringList tall{QStringLiteral("\u00c5\u0302\u0302g\u0331\u0331"), QStringLiteral("a")};
@@ -262,7 +252,7 @@ void TstTerminalConsoleCompleterContents::paintsAnyPartAlike()
     }
 }
 
-void TstTerminalConsoleCompleterContents::textIsNotElided()
+void TestTerminalConsoleCompleterContents::textIsNotElided()
 {
     const QStringList rows{QStringLiteral("a_candidate_of_some_length")};
     console->showCompletions(rows);
@@ -272,7 +262,7 @@ void TstTerminalConsoleCompleterContents::textIsNotElided()
 
 // Mouse
 
-void TstTerminalConsoleCompleterContents::pressSelectsTheRow_data()
+void TestTerminalConsoleCompleterContents::pressSelectsTheRow_data()
 {
     QTest::addColumn<int>("rows"); // the vertical place: so many row heights,
     QTest::addColumn<int>("pixels"); // and so many pixels
@@ -290,7 +280,7 @@ void TstTerminalConsoleCompleterContents::pressSelectsTheRow_data()
     QTest::newRow("nearly a row above") << -1 << 3 << 0;
 }
 
-void TstTerminalConsoleCompleterContents::pressSelectsTheRow()
+void TestTerminalConsoleCompleterContents::pressSelectsTheRow()
 {
     QFETCH(int, rows);
     QFETCH(int, pixels);
@@ -303,7 +293,7 @@ void TstTerminalConsoleCompleterContents::pressSelectsTheRow()
     QVERIFY(console->isPopupOpen());
 }
 
-void TstTerminalConsoleCompleterContents::onlyLeftButtonCounts_data()
+void TestTerminalConsoleCompleterContents::onlyLeftButtonCounts_data()
 {
     QTest::addColumn<int>("button");
     QTest::newRow("right") << int{Qt::RightButton};
@@ -311,7 +301,7 @@ void TstTerminalConsoleCompleterContents::onlyLeftButtonCounts_data()
     QTest::newRow("back") << int{Qt::BackButton};
 }
 
-void TstTerminalConsoleCompleterContents::onlyLeftButtonCounts()
+void TestTerminalConsoleCompleterContents::onlyLeftButtonCounts()
 {
     QFETCH(int, button);
     const QPoint second(5, rowHeight() + 5);
@@ -322,7 +312,7 @@ void TstTerminalConsoleCompleterContents::onlyLeftButtonCounts()
     QCOMPARE(console->toPlainText(), QStringLiteral("> "));
 }
 
-void TstTerminalConsoleCompleterContents::repaintsOnlyOnChange()
+void TestTerminalConsoleCompleterContents::repaintsOnlyOnChange()
 {
     // Small enough that nothing scrolls, which would paint as well.
     QFont font = contents->font();
@@ -347,7 +337,7 @@ void TstTerminalConsoleCompleterContents::repaintsOnlyOnChange()
     QCOMPARE(paints.taken(), 1);
 }
 
-void TstTerminalConsoleCompleterContents::doubleClickHandsTheCandidateOver_data()
+void TestTerminalConsoleCompleterContents::doubleClickHandsTheCandidateOver_data()
 {
     QTest::addColumn<int>("y"); // in row heights
     QTest::addColumn<QString>("input");
@@ -357,7 +347,7 @@ void TstTerminalConsoleCompleterContents::doubleClickHandsTheCandidateOver_data(
     QTest::newRow("below the last row") << 3 << QStringLiteral("get al") << 0;
 }
 
-void TstTerminalConsoleCompleterContents::doubleClickHandsTheCandidateOver()
+void TestTerminalConsoleCompleterContents::doubleClickHandsTheCandidateOver()
 {
     QFETCH(int, y);
     QFETCH(QString, input);
@@ -374,7 +364,7 @@ void TstTerminalConsoleCompleterContents::doubleClickHandsTheCandidateOver()
     QVERIFY(console->executed.isEmpty());
 }
 
-void TstTerminalConsoleCompleterContents::doubleClickWithoutConsole()
+void TestTerminalConsoleCompleterContents::doubleClickWithoutConsole()
 {
     TerminalConsoleCompleterContents alone(nullptr, nullptr);
     alone.setCandidates(names());
@@ -396,6 +386,6 @@ void TstTerminalConsoleCompleterContents::doubleClickWithoutConsole()
     QCOMPARE(paints.taken(), 1);
 }
 
-QTEST_MAIN(TstTerminalConsoleCompleterContents)
+QTEST_MAIN(TestTerminalConsoleCompleterContents)
 
 #include "tst_terminal_console_completer_contents.moc"

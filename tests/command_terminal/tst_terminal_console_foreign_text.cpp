@@ -1,7 +1,6 @@
 #include "command_terminal/terminal_console.h"
 
-#include "tests/command_terminal/probe_console.h"
-#include "tests/command_terminal/terminal_fixture.h"
+#include "tests/command_terminal/shown_console.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -11,10 +10,8 @@
 #include <QScrollBar>
 #include <QTest>
 
-#include <memory>
-
 /// Text that is pasted, dropped or composed, text of any script, and what the mouse does.
-class TstTerminalConsoleForeignText : public QObject
+class TestTerminalConsoleForeignText : public QObject, private ShownConsole
 {
     Q_OBJECT
 
@@ -50,9 +47,6 @@ private Q_SLOTS:
 private:
     void paste(const QString &text);
     void checkPromptAtTheLeft();
-
-    std::unique_ptr<TerminalFixture> host;
-    std::unique_ptr<ProbeConsole> console;
 };
 
 namespace
@@ -64,29 +58,23 @@ const QString Smiley = QString::fromUcs4(U"\U0001F600", 1);
 
 } // namespace
 
-void TstTerminalConsoleForeignText::init()
+void TestTerminalConsoleForeignText::init()
 {
-    host = std::make_unique<TerminalFixture>();
-    console = std::make_unique<ProbeConsole>(*host);
-    console->resize(400, 200);
-    console->show();
-    console->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(console.get()));
+    QVERIFY(showConsole());
 }
 
-void TstTerminalConsoleForeignText::cleanup()
+void TestTerminalConsoleForeignText::cleanup()
 {
-    console.reset();
-    host.reset();
+    closeConsole();
 }
 
-void TstTerminalConsoleForeignText::paste(const QString &text)
+void TestTerminalConsoleForeignText::paste(const QString &text)
 {
     QGuiApplication::clipboard()->setText(text);
     console->press(Qt::Key_V, Qt::ControlModifier);
 }
 
-void TstTerminalConsoleForeignText::pastedTextBecomesInput_data()
+void TestTerminalConsoleForeignText::pastedTextBecomesInput_data()
 {
     QTest::addColumn<QString>("pasted");
     QTest::addColumn<QString>("line"); // as it is handed over
@@ -118,7 +106,7 @@ void TstTerminalConsoleForeignText::pastedTextBecomesInput_data()
     same("many lines", QStringLiteral("line\n").repeated(2000) + QStringLiteral("end"));
 }
 
-void TstTerminalConsoleForeignText::pastedTextBecomesInput()
+void TestTerminalConsoleForeignText::pastedTextBecomesInput()
 {
     QFETCH(QString, pasted);
     console->enterLine(QStringLiteral("first"));
@@ -145,7 +133,7 @@ void TstTerminalConsoleForeignText::pastedTextBecomesInput()
     QCOMPARE(console->history.size(), 2);
 }
 
-void TstTerminalConsoleForeignText::pastedTextHasTheColoursOfTheConsole()
+void TestTerminalConsoleForeignText::pastedTextHasTheColoursOfTheConsole()
 {
     auto *both = new QMimeData;
     both->setHtml(QStringLiteral("<p style='color:#0000ff;font-size:40pt'>blue</p><p>line</p>"));
@@ -160,7 +148,7 @@ void TstTerminalConsoleForeignText::pastedTextHasTheColoursOfTheConsole()
     QCOMPARE(console->coloursOf(console->promptEnd, 11), QList<QColor>{Qt::white});
 }
 
-void TstTerminalConsoleForeignText::onlyTextIsPasted()
+void TestTerminalConsoleForeignText::onlyTextIsPasted()
 {
     auto *picture = new QMimeData;
     picture->setImageData(QImage(3, 3, QImage::Format_RGB32));
@@ -170,7 +158,7 @@ void TstTerminalConsoleForeignText::onlyTextIsPasted()
     QVERIFY(!console->canPaste());
 }
 
-void TstTerminalConsoleForeignText::pasteGoesToTheCursor_data()
+void TestTerminalConsoleForeignText::pasteGoesToTheCursor_data()
 {
     QTest::addColumn<int>("cursor");
     QTest::addColumn<QString>("input");
@@ -180,7 +168,7 @@ void TstTerminalConsoleForeignText::pasteGoesToTheCursor_data()
     QTest::newRow("at the very start") << 0 << QStringLiteral("abXY");
 }
 
-void TstTerminalConsoleForeignText::pasteGoesToTheCursor()
+void TestTerminalConsoleForeignText::pasteGoesToTheCursor()
 {
     QFETCH(int, cursor);
     console->type(QStringLiteral("ab"));
@@ -189,7 +177,7 @@ void TstTerminalConsoleForeignText::pasteGoesToTheCursor()
     QTEST(console->input(), "input");
 }
 
-void TstTerminalConsoleForeignText::dropGoesToTheInput_data()
+void TestTerminalConsoleForeignText::dropGoesToTheInput_data()
 {
     QTest::addColumn<int>("at"); // document position under the mouse
     QTest::addColumn<QString>("text");
@@ -199,7 +187,7 @@ void TstTerminalConsoleForeignText::dropGoesToTheInput_data()
     QTest::newRow("behind the input") << 12 << QStringLiteral("> first\n> abXY");
 }
 
-void TstTerminalConsoleForeignText::dropGoesToTheInput()
+void TestTerminalConsoleForeignText::dropGoesToTheInput()
 {
     QFETCH(int, at);
     console->enterLine(QStringLiteral("first"));
@@ -214,7 +202,7 @@ void TstTerminalConsoleForeignText::dropGoesToTheInput()
     QTEST(console->toPlainText(), "text");
 }
 
-void TstTerminalConsoleForeignText::composedTextBecomesInput()
+void TestTerminalConsoleForeignText::composedTextBecomesInput()
 {
     console->type(QStringLiteral("a"));
     QInputMethodEvent composing(QStringLiteral("ni"), {});
@@ -229,7 +217,7 @@ void TstTerminalConsoleForeignText::composedTextBecomesInput()
     QCOMPARE(console->executed, QStringList{QStringLiteral("a\u4f60")});
 }
 
-void TstTerminalConsoleForeignText::composedTextReplacesWithinTheInput_data()
+void TestTerminalConsoleForeignText::composedTextReplacesWithinTheInput_data()
 {
     QTest::addColumn<int>("from"); // counts from the cursor
     QTest::addColumn<int>("length");
@@ -241,7 +229,7 @@ void TstTerminalConsoleForeignText::composedTextReplacesWithinTheInput_data()
     QTest::newRow("all before the prompt") << -6 << 1 << QStringLiteral("> Xabcd");
 }
 
-void TstTerminalConsoleForeignText::composedTextReplacesWithinTheInput()
+void TestTerminalConsoleForeignText::composedTextReplacesWithinTheInput()
 {
     QFETCH(int, from);
     QFETCH(int, length);
@@ -253,7 +241,7 @@ void TstTerminalConsoleForeignText::composedTextReplacesWithinTheInput()
     QTEST(console->toPlainText(), "text");
 }
 
-void TstTerminalConsoleForeignText::composedTextAsksForNoCompletion()
+void TestTerminalConsoleForeignText::composedTextAsksForNoCompletion()
 {
     QInputMethodEvent composed;
     composed.setCommitString(QStringLiteral("word"));
@@ -263,7 +251,7 @@ void TstTerminalConsoleForeignText::composedTextAsksForNoCompletion()
     QCOMPARE(console->requested, QStringList{QStringLiteral("words")});
 }
 
-void TstTerminalConsoleForeignText::backspaceTakesWholeCharacters()
+void TestTerminalConsoleForeignText::backspaceTakesWholeCharacters()
 {
     paste(QStringLiteral("a") + Smiley);
     console->press(Qt::Key_Backspace);
@@ -275,7 +263,7 @@ void TstTerminalConsoleForeignText::backspaceTakesWholeCharacters()
 
 // Right-to-left text leaves the prompt where it is
 
-void TstTerminalConsoleForeignText::checkPromptAtTheLeft()
+void TestTerminalConsoleForeignText::checkPromptAtTheLeft()
 {
     const QTextBlock line = console->document()->findBlock(console->promptEnd - 2);
     QCOMPARE(line.textDirection(), Qt::LeftToRight);
@@ -287,7 +275,7 @@ void TstTerminalConsoleForeignText::checkPromptAtTheLeft()
     QVERIFY2(qAbs(second - left - width) <= 1, qPrintable(QString::number(second)));
 }
 
-void TstTerminalConsoleForeignText::promptStaysAtTheLeft_data()
+void TestTerminalConsoleForeignText::promptStaysAtTheLeft_data()
 {
     QTest::addColumn<QString>("text");
     QTest::newRow("Hebrew") << Hebrew;
@@ -297,7 +285,7 @@ void TstTerminalConsoleForeignText::promptStaysAtTheLeft_data()
     QTest::newRow("mixed") << Hebrew + QStringLiteral(" abc 12");
 }
 
-void TstTerminalConsoleForeignText::promptStaysAtTheLeft()
+void TestTerminalConsoleForeignText::promptStaysAtTheLeft()
 {
     QFETCH(QString, text);
     paste(text);
@@ -315,7 +303,7 @@ void TstTerminalConsoleForeignText::promptStaysAtTheLeft()
     checkPromptAtTheLeft();
 }
 
-void TstTerminalConsoleForeignText::promptStaysAtTheLeftAfterPastedLines()
+void TestTerminalConsoleForeignText::promptStaysAtTheLeftAfterPastedLines()
 {
     paste(Hebrew + QStringLiteral("\nabc\n") + Arabic);
     checkPromptAtTheLeft();
@@ -329,7 +317,7 @@ void TstTerminalConsoleForeignText::promptStaysAtTheLeftAfterPastedLines()
     checkPromptAtTheLeft();
 }
 
-void TstTerminalConsoleForeignText::promptStaysAtTheLeftAfterRightToLeftOutput()
+void TestTerminalConsoleForeignText::promptStaysAtTheLeftAfterRightToLeftOutput()
 {
     console->printText(QLatin1Char('\n') + Hebrew + QLatin1Char('\n') + Arabic + QLatin1Char('\n'));
     console->printError(Hebrew);
@@ -342,7 +330,7 @@ void TstTerminalConsoleForeignText::promptStaysAtTheLeftAfterRightToLeftOutput()
 
 // Mouse
 
-void TstTerminalConsoleForeignText::pressOnlyGivesFocus_data()
+void TestTerminalConsoleForeignText::pressOnlyGivesFocus_data()
 {
     QTest::addColumn<int>("button");
     QTest::newRow("left") << int{Qt::LeftButton};
@@ -350,7 +338,7 @@ void TstTerminalConsoleForeignText::pressOnlyGivesFocus_data()
     QTest::newRow("right") << int{Qt::RightButton};
 }
 
-void TstTerminalConsoleForeignText::pressOnlyGivesFocus()
+void TestTerminalConsoleForeignText::pressOnlyGivesFocus()
 {
     QFETCH(int, button);
     const auto pressed = static_cast<Qt::MouseButton>(button);
@@ -366,7 +354,7 @@ void TstTerminalConsoleForeignText::pressOnlyGivesFocus()
     QCOMPARE(console->toPlainText(), QStringLiteral("> first\n> input"));
 }
 
-void TstTerminalConsoleForeignText::pressGivesFocusForNoReasonOfItsOwn()
+void TestTerminalConsoleForeignText::pressGivesFocusForNoReasonOfItsOwn()
 {
     // Handed to the console itself: on the way through the application a click gives the focus already.
     console->clearFocus();
@@ -376,7 +364,7 @@ void TstTerminalConsoleForeignText::pressGivesFocusForNoReasonOfItsOwn()
     QCOMPARE(console->focusReason, Qt::OtherFocusReason);
 }
 
-void TstTerminalConsoleForeignText::draggingMarksNothing()
+void TestTerminalConsoleForeignText::draggingMarksNothing()
 {
     console->enterLine(QStringLiteral("first"));
     console->type(QStringLiteral("input"));
@@ -396,7 +384,7 @@ void TstTerminalConsoleForeignText::draggingMarksNothing()
     QCOMPARE(console->cursorInInput(), 5);
 }
 
-void TstTerminalConsoleForeignText::doubleClickMarksNothing()
+void TestTerminalConsoleForeignText::doubleClickMarksNothing()
 {
     console->enterLine(QStringLiteral("first"));
     console->type(QStringLiteral("input"));
@@ -406,6 +394,6 @@ void TstTerminalConsoleForeignText::doubleClickMarksNothing()
     QCOMPARE(console->cursorInInput(), 5);
 }
 
-QTEST_MAIN(TstTerminalConsoleForeignText)
+QTEST_MAIN(TestTerminalConsoleForeignText)
 
 #include "tst_terminal_console_foreign_text.moc"

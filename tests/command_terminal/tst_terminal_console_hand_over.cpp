@@ -1,14 +1,11 @@
 #include "command_terminal/terminal_console.h"
 
-#include "tests/command_terminal/probe_console.h"
-#include "tests/command_terminal/terminal_fixture.h"
+#include "tests/command_terminal/shown_console.h"
 
 #include <QTest>
 
-#include <memory>
-
 /// What the console hands to its subclass, and when.
-class TstTerminalConsoleHandOver : public QObject
+class TestTerminalConsoleHandOver : public QObject, private ShownConsole
 {
     Q_OBJECT
 
@@ -27,29 +24,19 @@ private Q_SLOTS:
     void lineIsTrimmed();
     void baseAnswersWithAPrompt();
     void staysDeafWithoutAPrompt();
-
-private:
-    std::unique_ptr<TerminalFixture> host;
-    std::unique_ptr<ProbeConsole> console;
 };
 
-void TstTerminalConsoleHandOver::init()
+void TestTerminalConsoleHandOver::init()
 {
-    host = std::make_unique<TerminalFixture>();
-    console = std::make_unique<ProbeConsole>(*host);
-    console->resize(400, 200);
-    console->show();
-    console->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(console.get()));
+    QVERIFY(showConsole());
 }
 
-void TstTerminalConsoleHandOver::cleanup()
+void TestTerminalConsoleHandOver::cleanup()
 {
-    console.reset();
-    host.reset();
+    closeConsole();
 }
 
-void TstTerminalConsoleHandOver::executeInputRunsWithoutReturn_data()
+void TestTerminalConsoleHandOver::executeInputRunsWithoutReturn_data()
 {
     QTest::addColumn<QString>("typed");
     QTest::addColumn<int>("cursor"); // in the document; -1 for where typing left it
@@ -68,7 +55,7 @@ void TstTerminalConsoleHandOver::executeInputRunsWithoutReturn_data()
     QTest::newRow("nothing typed") << QString() << -1 << QString() << QStringList();
 }
 
-void TstTerminalConsoleHandOver::executeInputRunsWithoutReturn()
+void TestTerminalConsoleHandOver::executeInputRunsWithoutReturn()
 {
     QFETCH(QString, typed);
     QFETCH(int, cursor);
@@ -92,7 +79,7 @@ void TstTerminalConsoleHandOver::executeInputRunsWithoutReturn()
     QVERIFY(!console->isPopupOpen());
 }
 
-void TstTerminalConsoleHandOver::executeInputIgnoresInputMode()
+void TestTerminalConsoleHandOver::executeInputIgnoresInputMode()
 {
     console->printInputPrompt();
     console->type(QStringLiteral("get"));
@@ -103,7 +90,7 @@ void TstTerminalConsoleHandOver::executeInputIgnoresInputMode()
 
 // Handing a line over
 
-void TstTerminalConsoleHandOver::commandIsReadyBeforeItIsExecuted()
+void TestTerminalConsoleHandOver::commandIsReadyBeforeItIsExecuted()
 {
     console->enterLine(QStringLiteral("first"));
     QCOMPARE(console->executed, QStringList{QStringLiteral("first")});
@@ -112,7 +99,7 @@ void TstTerminalConsoleHandOver::commandIsReadyBeforeItIsExecuted()
     QCOMPARE(console->atHook.historyIndex, 1);
 }
 
-void TstTerminalConsoleHandOver::commandIsEmptyAfterwards()
+void TestTerminalConsoleHandOver::commandIsEmptyAfterwards()
 {
     console->prompts = false;
     console->type(QStringLiteral("first"));
@@ -124,7 +111,7 @@ void TstTerminalConsoleHandOver::commandIsEmptyAfterwards()
     QCOMPARE(console->completionStart, -1);
 }
 
-void TstTerminalConsoleHandOver::inputIsSubmitted()
+void TestTerminalConsoleHandOver::inputIsSubmitted()
 {
     console->enterLine(QStringLiteral("first"));
     console->printInputPrompt();
@@ -139,7 +126,7 @@ void TstTerminalConsoleHandOver::inputIsSubmitted()
     QVERIFY(console->toPlainText().endsWith(QStringLiteral("? an answer \t\n")));
 }
 
-void TstTerminalConsoleHandOver::lineIsTrimmed_data()
+void TestTerminalConsoleHandOver::lineIsTrimmed_data()
 {
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("line");
@@ -152,7 +139,7 @@ void TstTerminalConsoleHandOver::lineIsTrimmed_data()
     QTest::newRow("json") << QStringLiteral("{\"i\":\"\"} ") << QStringLiteral("{\"i\":\"\"}");
 }
 
-void TstTerminalConsoleHandOver::lineIsTrimmed()
+void TestTerminalConsoleHandOver::lineIsTrimmed()
 {
     QFETCH(QString, typed);
     QFETCH(QString, line);
@@ -164,7 +151,7 @@ void TstTerminalConsoleHandOver::lineIsTrimmed()
     QCOMPARE(console->submitted, QStringList{line});
 }
 
-void TstTerminalConsoleHandOver::baseAnswersWithAPrompt()
+void TestTerminalConsoleHandOver::baseAnswersWithAPrompt()
 {
     TerminalConsole base(nullptr, host->mainData, host->observer);
     QTest::keyClicks(&base, QStringLiteral("get"));
@@ -187,7 +174,7 @@ void TstTerminalConsoleHandOver::baseAnswersWithAPrompt()
     QCOMPARE(base.toPlainText(), QStringLiteral("> get> x\n> ? y\n"));
 }
 
-void TstTerminalConsoleHandOver::staysDeafWithoutAPrompt()
+void TestTerminalConsoleHandOver::staysDeafWithoutAPrompt()
 {
     console->prompts = false;
     console->enterLine(QStringLiteral("first"));
@@ -200,6 +187,6 @@ void TstTerminalConsoleHandOver::staysDeafWithoutAPrompt()
     QCOMPARE(console->executed, (QStringList{QStringLiteral("first"), QStringLiteral("heard")}));
 }
 
-QTEST_MAIN(TstTerminalConsoleHandOver)
+QTEST_MAIN(TestTerminalConsoleHandOver)
 
 #include "tst_terminal_console_hand_over.moc"

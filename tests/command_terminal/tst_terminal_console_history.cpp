@@ -1,14 +1,11 @@
 #include "command_terminal/terminal_console.h"
 
-#include "tests/command_terminal/probe_console.h"
-#include "tests/command_terminal/terminal_fixture.h"
+#include "tests/command_terminal/shown_console.h"
 
 #include <QTest>
 
-#include <memory>
-
 /// The history that Up and Down walk.
-class TstTerminalConsoleHistory : public QObject
+class TestTerminalConsoleHistory : public QObject, private ShownConsole
 {
     Q_OBJECT
 
@@ -24,29 +21,19 @@ private Q_SLOTS:
     void browsingSavesWhatWasTyped();
     void entryMayBeChangedAndSent();
     void browsingIsForCommandsOnly();
-
-private:
-    std::unique_ptr<TerminalFixture> host;
-    std::unique_ptr<ProbeConsole> console;
 };
 
-void TstTerminalConsoleHistory::init()
+void TestTerminalConsoleHistory::init()
 {
-    host = std::make_unique<TerminalFixture>();
-    console = std::make_unique<ProbeConsole>(*host);
-    console->resize(400, 200);
-    console->show();
-    console->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(console.get()));
+    QVERIFY(showConsole());
 }
 
-void TstTerminalConsoleHistory::cleanup()
+void TestTerminalConsoleHistory::cleanup()
 {
-    console.reset();
-    host.reset();
+    closeConsole();
 }
 
-void TstTerminalConsoleHistory::historyKeepsCommands_data()
+void TestTerminalConsoleHistory::historyKeepsCommands_data()
 {
     QTest::addColumn<QStringList>("entered");
     QTest::addColumn<QStringList>("history");
@@ -64,7 +51,7 @@ void TstTerminalConsoleHistory::historyKeepsCommands_data()
     QTest::newRow("blank") << QStringList{QStringLiteral(" ")} << QStringList{QStringLiteral(" ")};
 }
 
-void TstTerminalConsoleHistory::historyKeepsCommands()
+void TestTerminalConsoleHistory::historyKeepsCommands()
 {
     QFETCH(QStringList, entered);
     QFETCH(QStringList, history);
@@ -75,7 +62,7 @@ void TstTerminalConsoleHistory::historyKeepsCommands()
     QCOMPARE(console->historyIndex, history.size());
 }
 
-void TstTerminalConsoleHistory::historyHasNoLimit()
+void TestTerminalConsoleHistory::historyHasNoLimit()
 {
     QStringList entered;
     for (int i = 0; i < 1500; ++i) {
@@ -86,7 +73,7 @@ void TstTerminalConsoleHistory::historyHasNoLimit()
     QCOMPARE(console->history, entered);
 }
 
-void TstTerminalConsoleHistory::browsesHistory_data()
+void TestTerminalConsoleHistory::browsesHistory_data()
 {
     QTest::addColumn<QString>("keys"); // u for Up, d for Down
     QTest::addColumn<QString>("input");
@@ -103,7 +90,7 @@ void TstTerminalConsoleHistory::browsesHistory_data()
     QTest::newRow("twice") << QStringLiteral("uudduu") << QStringLiteral("B") << 1;
 }
 
-void TstTerminalConsoleHistory::browsesHistory()
+void TestTerminalConsoleHistory::browsesHistory()
 {
     QFETCH(QString, keys);
     for (const QString &line : {QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")})
@@ -118,7 +105,7 @@ void TstTerminalConsoleHistory::browsesHistory()
     QCOMPARE(console->history.size(), 3);
 }
 
-void TstTerminalConsoleHistory::browsingSavesWhatWasTyped()
+void TestTerminalConsoleHistory::browsingSavesWhatWasTyped()
 {
     console->press(Qt::Key_Up); // nothing to browse yet
     console->type(QStringLiteral("A"));
@@ -140,7 +127,7 @@ void TstTerminalConsoleHistory::browsingSavesWhatWasTyped()
     QCOMPARE(console->executed, QStringList{QStringLiteral("A")});
 }
 
-void TstTerminalConsoleHistory::entryMayBeChangedAndSent()
+void TestTerminalConsoleHistory::entryMayBeChangedAndSent()
 {
     console->enterLine(QStringLiteral("A"));
     console->enterLine(QStringLiteral("B"));
@@ -156,7 +143,7 @@ void TstTerminalConsoleHistory::entryMayBeChangedAndSent()
     QCOMPARE(console->historyIndex, 3);
 }
 
-void TstTerminalConsoleHistory::browsingIsForCommandsOnly()
+void TestTerminalConsoleHistory::browsingIsForCommandsOnly()
 {
     console->enterLine(QStringLiteral("A"));
     console->press(Qt::Key_Up);
@@ -169,6 +156,6 @@ void TstTerminalConsoleHistory::browsingIsForCommandsOnly()
     QCOMPARE(console->historyIndex, 0);
 }
 
-QTEST_MAIN(TstTerminalConsoleHistory)
+QTEST_MAIN(TestTerminalConsoleHistory)
 
 #include "tst_terminal_console_history.moc"

@@ -1,7 +1,6 @@
 #include "command_terminal/terminal_console.h"
 
-#include "tests/command_terminal/probe_console.h"
-#include "tests/command_terminal/terminal_fixture.h"
+#include "tests/command_terminal/shown_console.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -11,11 +10,10 @@
 #include <QTest>
 
 #include <functional>
-#include <memory>
 #include <vector>
 
 /// What the user does to the text changes the input only: never the prompt, never what stands before it.
-class TstTerminalConsoleOutputGuard : public QObject
+class TestTerminalConsoleOutputGuard : public QObject, private ShownConsole
 {
     Q_OBJECT
 
@@ -30,10 +28,6 @@ private Q_SLOTS:
     void changesTheSelectedInput_data();
     void changesTheSelectedInput();
     void copyReachesEarlierOutput();
-
-private:
-    std::unique_ptr<TerminalFixture> host;
-    std::unique_ptr<ProbeConsole> console;
 };
 
 namespace
@@ -200,14 +194,9 @@ std::vector<NamedStart> starts()
 
 Q_DECLARE_METATYPE(Action)
 
-void TstTerminalConsoleOutputGuard::init()
+void TestTerminalConsoleOutputGuard::init()
 {
-    host = std::make_unique<TerminalFixture>();
-    console = std::make_unique<ProbeConsole>(*host);
-    console->resize(400, 200);
-    console->show();
-    console->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(console.get()));
+    QVERIFY(showConsole());
     QGuiApplication::clipboard()->setText(QStringLiteral("clip\nboard"));
 
     console->enterLine(QStringLiteral("command"));
@@ -217,13 +206,12 @@ void TstTerminalConsoleOutputGuard::init()
     console->type(QStringLiteral("ab cd"));
 }
 
-void TstTerminalConsoleOutputGuard::cleanup()
+void TestTerminalConsoleOutputGuard::cleanup()
 {
-    console.reset();
-    host.reset();
+    closeConsole();
 }
 
-void TstTerminalConsoleOutputGuard::earlierOutputStays_data()
+void TestTerminalConsoleOutputGuard::earlierOutputStays_data()
 {
     QTest::addColumn<Action>("place");
     QTest::addColumn<Action>("act");
@@ -233,7 +221,7 @@ void TstTerminalConsoleOutputGuard::earlierOutputStays_data()
     }
 }
 
-void TstTerminalConsoleOutputGuard::earlierOutputStays()
+void TestTerminalConsoleOutputGuard::earlierOutputStays()
 {
     QFETCH(Action, place);
     QFETCH(Action, act);
@@ -259,12 +247,12 @@ void TstTerminalConsoleOutputGuard::earlierOutputStays()
     QVERIFY(console->toPlainText().endsWith(QStringLiteral("\n> ")));
 }
 
-void TstTerminalConsoleOutputGuard::nothingChangesWhileBusy_data()
+void TestTerminalConsoleOutputGuard::nothingChangesWhileBusy_data()
 {
     earlierOutputStays_data();
 }
 
-void TstTerminalConsoleOutputGuard::nothingChangesWhileBusy()
+void TestTerminalConsoleOutputGuard::nothingChangesWhileBusy()
 {
     QFETCH(Action, place);
     QFETCH(Action, act);
@@ -279,7 +267,7 @@ void TstTerminalConsoleOutputGuard::nothingChangesWhileBusy()
     QCOMPARE(console->textCursor().anchor(), anchor);
 }
 
-void TstTerminalConsoleOutputGuard::changesTheSelectedInput_data()
+void TestTerminalConsoleOutputGuard::changesTheSelectedInput_data()
 {
     QTest::addColumn<Action>("act");
     QTest::addColumn<QString>("input");
@@ -293,7 +281,7 @@ void TstTerminalConsoleOutputGuard::changesTheSelectedInput_data()
         << keyText(Qt::Key_unknown, QStringLiteral("\ue000")) << QStringLiteral("\ue000");
 }
 
-void TstTerminalConsoleOutputGuard::changesTheSelectedInput()
+void TestTerminalConsoleOutputGuard::changesTheSelectedInput()
 {
     QFETCH(Action, act);
     console->press(Qt::Key_A, Qt::ControlModifier);
@@ -301,7 +289,7 @@ void TstTerminalConsoleOutputGuard::changesTheSelectedInput()
     QTEST(console->input(), "input");
 }
 
-void TstTerminalConsoleOutputGuard::copyReachesEarlierOutput()
+void TestTerminalConsoleOutputGuard::copyReachesEarlierOutput()
 {
     console->press(Qt::Key_A, Qt::ControlModifier);
     console->press(Qt::Key_C, Qt::ControlModifier);
@@ -309,6 +297,6 @@ void TstTerminalConsoleOutputGuard::copyReachesEarlierOutput()
     QVERIFY(console->textCursor().hasSelection());
 }
 
-QTEST_MAIN(TstTerminalConsoleOutputGuard)
+QTEST_MAIN(TestTerminalConsoleOutputGuard)
 
 #include "tst_terminal_console_output_guard.moc"
