@@ -1,5 +1,6 @@
 #include "command_terminal/terminal_file_editor.h"
 
+#include "command_terminal/file_text.h"
 #include "hostsdk/kd_child_event.h"
 #include "hostsdk/kd_main_data.h"
 #include "hostsdk/kd_observer.h"
@@ -10,11 +11,13 @@
 #include <QFileInfo>
 #include <QFontDatabase>
 #include <QSaveFile>
-#include <QTextStream>
+#include <QTextCodec>
 
 TerminalFileEditor::TerminalFileEditor(QWidget *parent, TerminalPluginState *state, KdMainData &hostData,
                                        KdObserver &eventObserver)
-    : KdPlainTextEdit(parent, hostData, eventObserver), pluginState(state)
+    : KdPlainTextEdit(parent, hostData, eventObserver),
+      pluginState(state),
+      codec(QTextCodec::codecForLocale())
 {
     setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     setWordWrapMode(QTextOption::WrapAnywhere); // at blanks, a file of one long word would freeze the window
@@ -103,17 +106,18 @@ void TerminalFileEditor::openFile(const QString &path)
     if (path.isEmpty() || !QFileInfo(path).isFile())
         return;
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+    if (!file.open(QIODevice::ReadOnly))
         return;
-    QTextStream stream(&file);
-    const QString text = stream.readAll();
+    const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError)
         return;
+    const command_terminal::FileText content = command_terminal::decodeFile(bytes);
     // As one edit, so that what was typed before can be had back.
     QTextCursor all(document());
     all.select(QTextCursor::Document);
-    all.insertText(text);
+    all.insertText(content.text);
     moveCursor(QTextCursor::Start);
+    codec = content.codec;
     currentFile = path;
     setUnmodified();
     rememberFile(path);
@@ -159,10 +163,8 @@ void TerminalFileEditor::writeFile()
         currentFile.clear();
         return;
     }
-    QTextStream stream(&file);
-    stream << wholeText();
-    stream.flush();
-    if (stream.status() != QTextStream::Ok || !file.commit()) {
+    const QByteArray bytes = command_terminal::encodeFile(wholeText(), codec);
+    if (file.write(bytes) != bytes.size() || !file.commit()) {
         currentFile.clear();
         return;
     }

@@ -7,6 +7,7 @@
 
 class KdChildEvent;
 class QFileDialog;
+class QTextCodec;
 struct TerminalPluginState;
 
 /// The editor for command files and Python files. Failures to read or write say nothing; a failed save makes the
@@ -50,5 +51,6 @@ private:
     QString currentFile;
     bool modified = false; ///< the text changed since the last open or save
     bool pythonMode = false;
+    QTextCodec *codec; ///< that the file was read with; not owned
     QPointer<QFileDialog> openDialog; ///< the dialog that is asking at the moment
 };

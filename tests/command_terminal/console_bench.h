@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QTest>
 #include <QTextBlock>
+#include <QTimerEvent>
 #include <QVBoxLayout>
 
 /// A raw console in a tool of its own, beside something else that takes the focus, over a recording service.
@@ -100,6 +101,17 @@ public:
     QList<QAbstractEventDispatcher::TimerInfo> timers() const
     {
         return QAbstractEventDispatcher::instance()->registeredTimers(console);
+    }
+
+    /// Lets the time of the outstanding wait run out now; false when none is outstanding.
+    bool runOut()
+    {
+        const auto running = timers();
+        if (running.size() != 1)
+            return false;
+        QTimerEvent event(running.constFirst().timerId);
+        QCoreApplication::sendEvent(console, &event);
+        return true;
     }
 
     QWidget window;
