@@ -99,9 +99,9 @@ void TerminalCommandGeneration::addColumn(QGridLayout *grid, int column, QWidget
         label->setBuddy(input);
 }
 
-void TerminalCommandGeneration::sendText(quint32 type, const QString &text)
+void TerminalCommandGeneration::sendText(KD::EventType type, const QString &text)
 {
-    KdChildEvent event(static_cast<KD::EventType>(type), text);
+    KdChildEvent event(type, text);
     observer->processChildEvent(event);
 }
 
@@ -205,7 +205,8 @@ void TerminalCommandGeneration::customEvent(QEvent *event)
 {
     if (event->type() != static_cast<QEvent::Type>(KD::CustomEventType))
         return;
-    if (static_cast<KdCustomQEvent *>(event)->getSubCode() == KD::StructureChangedSubCode)
+    const auto *notice = dynamic_cast<KdCustomQEvent *>(event);
+    if (notice && notice->getSubCode() == KD::StructureChangedSubCode)
         refreshControllers();
 }
 

@@ -2,6 +2,7 @@
 
 #include "hostclient/dl_message_subscriber.h"
 #include "hostclient/orb_item_id.h"
+#include "hostsdk/kd_event_type.h"
 
 #include <QWidget>
 
@@ -14,7 +15,7 @@ class QLineEdit;
 class QPushButton;
 
 /// The form that builds a getItem or setItem request for one item. It reports the request (258) and the chosen
-/// controller (259) to its observer. GUI thread, except structureChanged, which may be called on any thread.
+/// controller (259) to its observer. GUI thread, except wantsNotification and structureChanged, which may be called on any thread.
 class TerminalCommandGeneration : public QWidget, public DlMessageSubscriber
 {
     Q_OBJECT
@@ -35,7 +36,7 @@ protected:
 
 private:
     void addColumn(QGridLayout *grid, int column, QWidget *caption, QWidget *input);
-    void sendText(quint32 event, const QString &text);
+    void sendText(KD::EventType type, const QString &text);
     void sendRequest(const QString &commandName, const QString &value, const QString &unit);
     void sendGet();
     void sendSet();

@@ -105,18 +105,21 @@ void TerminalConsole::returnPressed()
 
 void TerminalConsole::backspacePressed(QKeyEvent *event)
 {
-    QTextCursor cursor = textCursor();
-    if (cursor.hasSelection() || cursor.position() > promptEnd) {
+    const bool hadSelection = textCursor().hasSelection();
+    if (hadSelection)
         confineToInput();
-        if (!textCursor().hasSelection() && event->modifiers().testFlag(Qt::ControlModifier)) {
-            // The editor's word may begin in front of the prompt.
-            cursor = textCursor();
-            cursor.movePosition(QTextCursor::PreviousWord, QTextCursor::KeepAnchor);
-            cursor.setPosition(qMax(cursor.position(), promptEnd), QTextCursor::KeepAnchor);
-            cursor.removeSelectedText();
-        } else if (textCursor().hasSelection() || textCursor().position() > promptEnd) {
-            KdPlainTextEdit::keyPressEvent(event);
-        }
+    QTextCursor cursor = textCursor();
+    const bool behindPrompt = cursor.position() > promptEnd;
+    if (cursor.hasSelection()) {
+        KdPlainTextEdit::keyPressEvent(event);
+    } else if (behindPrompt && !hadSelection && event->modifiers().testFlag(Qt::ControlModifier)) {
+        // The editor's word may begin in front of the prompt.
+        cursor.movePosition(QTextCursor::PreviousWord, QTextCursor::KeepAnchor);
+        cursor.setPosition(qMax(cursor.position(), promptEnd), QTextCursor::KeepAnchor);
+        cursor.removeSelectedText();
+    } else if (behindPrompt
+               && !hadSelection) { // a selection of earlier output only is gone, and nothing in its place
+        KdPlainTextEdit::keyPressEvent(event);
     }
     hideCompletion();
 }

@@ -270,6 +270,10 @@ void TerminalOrbClientConsole::stopExecution()
 
 void TerminalOrbClientConsole::reportExecution()
 {
+    if (fileRunning != reportedFile) {
+        reportedFile = fileRunning;
+        Q_EMIT fileRunningChanged(fileRunning);
+    }
     const bool active = waiting || fileRunning;
     if (active != reportedActive) {
         reportedActive = active;

@@ -14,7 +14,7 @@ class KdChildEvent;
 class TerminalOrbClientConsole : public TerminalConsole, public DlMessageSubscriber
 {
     Q_OBJECT
-    Q_PROPERTY(bool fileRunning READ isFileRunning)
+    Q_PROPERTY(bool fileRunning READ isFileRunning NOTIFY fileRunningChanged)
 
 public:
     /// `parent` owns the console; main data, its data access layer and the observer outlive it.
@@ -41,6 +41,8 @@ public:
 Q_SIGNALS:
     /// Something began (true) or ended (false) that stopExecution can stop.
     void executionChanged(bool active);
+
+    void fileRunningChanged(bool running);
 
     /// A line of a command file is about to be executed; thousands may follow each other within a second.
     void fileLineTaken();
@@ -73,5 +75,6 @@ private:
     bool takingLines = false; ///< a loop over the file's lines is at work further down the stack
     bool hadFocus = false; ///< the console had the focus when the wait began
     bool reportedActive = false;
+    bool reportedFile = false;
     QBasicTimer nextSlice; ///< goes on with a long run of lines after the window had its turn
 };

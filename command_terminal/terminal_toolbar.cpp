@@ -1,6 +1,5 @@
 #include "command_terminal/terminal_toolbar.h"
 
-#include "hostsdk/kd_event_type.h"
 #include "hostsdk/kd_main_data.h"
 #include "hostsdk/kd_observer.h"
 
@@ -50,10 +49,10 @@ TerminalToolbar::~TerminalToolbar() = default;
 
 // The texts of the actions are the same in every language: this is meant. The tool tips are translated.
 QAction *TerminalToolbar::createAction(const QString &text, const QString &tip, const QKeySequence &shortcut,
-                                       quint32 icon, quint32 event, KdMainData &mainData)
+                                       KD::IconType icon, KD::EventType event, KdMainData &mainData)
 {
-    QAction *action = addAction(mainData.getIcon(static_cast<KD::IconType>(icon)), text);
-    action->setData(event);
+    QAction *action = addAction(mainData.getIcon(icon), text);
+    action->setData(quint32{event});
     action->setToolTip(QStringLiteral("%1 (%2)").arg(tip, shortcut.toString(QKeySequence::NativeText)));
     action->setShortcut(shortcut);
     action->setShortcutContext(Qt::WidgetWithChildrenShortcut);

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "hostsdk/kd_event_type.h"
+#include "hostsdk/kd_icon_type.h"
+
 #include <QToolBar>
 
 class KdMainData;
@@ -21,8 +24,8 @@ public:
     void setSaveEnabled(bool enabled);
 
 private:
-    QAction *createAction(const QString &text, const QString &tip, const QKeySequence &shortcut, quint32 icon,
-                          quint32 event, KdMainData &mainData);
+    QAction *createAction(const QString &text, const QString &tip, const QKeySequence &shortcut,
+                          KD::IconType icon, KD::EventType event, KdMainData &mainData);
     void setMode(bool terminal);
     void reportAction(const QAction *action);
 

@@ -13,8 +13,8 @@ class TestTerminalCommandGenerationControllers : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { m_bench = std::make_unique<CommandFormBench>(); }
-    void cleanup() { m_bench.reset(); }
+    void init() { bench = std::make_unique<CommandFormBench>(); }
+    void cleanup() { bench.reset(); }
 
     void choosingSendsTheConnection();
     void choosingAnEntryWithoutConnectionSendsAnEmptyText();
@@ -24,6 +24,7 @@ private Q_SLOTS:
     void aStructureChangeFromAnotherThread();
     void customEvents_data();
     void customEvents();
+    void aForeignEventOfThatNumber();
     void subscribesAndUnsubscribes();
     void aPostedRefreshDiesWithTheForm();
     void refreshKeepsTheSelection();
@@ -36,29 +37,29 @@ private Q_SLOTS:
     void refreshOfThousands();
 
 private:
-    std::unique_ptr<CommandFormBench> m_bench;
+    std::unique_ptr<CommandFormBench> bench;
 };
 
 // Choosing
 
 void TestTerminalCommandGenerationControllers::choosingSendsTheConnection()
 {
-    m_bench->changeStructure();
-    m_bench->observer.clear();
-    m_bench->form->show();
-    QTest::keyClick(m_bench->controllers(), Qt::Key_Down);
-    QCOMPARE(m_bench->controllers()->currentText(), QStringLiteral("East"));
-    QCOMPARE(m_bench->chosen(), QStringList{QStringLiteral("c1")});
-    QTest::keyClick(m_bench->controllers(), Qt::Key_Down);
-    QCOMPARE(m_bench->chosen(), (QStringList{QStringLiteral("c1"), QStringLiteral("c2")}));
-    QCOMPARE(m_bench->observer.events().size(), std::size_t{2});
+    bench->changeStructure();
+    bench->observer.clear();
+    bench->form->show();
+    QTest::keyClick(bench->controllers(), Qt::Key_Down);
+    QCOMPARE(bench->controllers()->currentText(), QStringLiteral("East"));
+    QCOMPARE(bench->chosen(), QStringList{QStringLiteral("c1")});
+    QTest::keyClick(bench->controllers(), Qt::Key_Down);
+    QCOMPARE(bench->chosen(), (QStringList{QStringLiteral("c1"), QStringLiteral("c2")}));
+    QCOMPARE(bench->observer.events().size(), std::size_t{2});
 }
 
 void TestTerminalCommandGenerationControllers::choosingAnEntryWithoutConnectionSendsAnEmptyText()
 {
-    m_bench->controllers()->addItem(QStringLiteral("nowhere"));
-    m_bench->controllers()->setCurrentIndex(m_bench->controllers()->count() - 1);
-    QCOMPARE(m_bench->chosen(), QStringList{QString()});
+    bench->controllers()->addItem(QStringLiteral("nowhere"));
+    bench->controllers()->setCurrentIndex(bench->controllers()->count() - 1);
+    QCOMPARE(bench->chosen(), QStringList{QString()});
 }
 
 // Notifications
@@ -86,17 +87,17 @@ void TestTerminalCommandGenerationControllers::wantsStructureChangesOnly()
     QFETCH(quint32, third);
     QFETCH(quint32, fourth);
     DlNotificationQuery query{first, second, third, fourth};
-    QTEST(m_bench->form->wantsNotification(query), "wanted");
+    QTEST(bench->form->wantsNotification(query), "wanted");
 }
 
 void TestTerminalCommandGenerationControllers::aStructureChangeOnlyPosts()
 {
-    m_bench->form->structureChanged(OrbItemId());
-    QVERIFY(m_bench->backend.calls().isEmpty());
-    QVERIFY(m_bench->observer.events().empty());
-    QCoreApplication::sendPostedEvents(m_bench->form.get(), KD::CustomEventType);
-    QVERIFY(m_bench->calls("controllers") > 0);
-    QCOMPARE(m_bench->listed(),
+    bench->form->structureChanged(OrbItemId());
+    QVERIFY(bench->backend.calls().isEmpty());
+    QVERIFY(bench->observer.events().empty());
+    QCoreApplication::sendPostedEvents(bench->form.get(), KD::CustomEventType);
+    QVERIFY(bench->calls("controllers") > 0);
+    QCOMPARE(bench->listed(),
              (QStringList{QStringLiteral("North"), QStringLiteral("East"), QStringLiteral("South")}));
 }
 
@@ -104,16 +105,16 @@ void TestTerminalCommandGenerationControllers::aStructureChangeFromAnotherThread
 {
     const std::unique_ptr<QThread> other(QThread::create([this] {
         for (int i = 0; i < 20; ++i) {
-            m_bench->form->structureChanged(OrbItemId());
-            m_bench->backend.sendStructureChanged(OrbItemId());
+            bench->form->structureChanged(OrbItemId());
+            bench->backend.sendStructureChanged(OrbItemId());
         }
     }));
     other->start();
-    QTRY_COMPARE(m_bench->listed().size(), CommandFormBench::threeControllers().size());
+    QTRY_COMPARE(bench->listed().size(), CommandFormBench::threeControllers().size());
     QVERIFY(other->wait());
     CommandFormBench::settle();
-    QVERIFY(!m_bench->backend.listedElsewhere);
-    QCOMPARE(m_bench->chosen().constLast(), QStringLiteral("North"));
+    QVERIFY(!bench->backend.listedElsewhere);
+    QCOMPARE(bench->chosen().constLast(), QStringLiteral("North"));
 }
 
 void TestTerminalCommandGenerationControllers::customEvents_data()
@@ -129,137 +130,145 @@ void TestTerminalCommandGenerationControllers::customEvents_data()
     QTest::newRow("type above") << 1201 << 211 << false;
 }
 
+void TestTerminalCommandGenerationControllers::aForeignEventOfThatNumber()
+{
+    QEvent event(static_cast<QEvent::Type>(KD::CustomEventType));
+    QCoreApplication::sendEvent(bench->form.get(), &event);
+    QCOMPARE(bench->calls("controllers"), 0);
+    QVERIFY(bench->observer.events().empty());
+}
+
 void TestTerminalCommandGenerationControllers::customEvents()
 {
     QFETCH(int, type);
     QFETCH(int, subCode);
     KdCustomQEvent event(static_cast<QEvent::Type>(type), subCode);
-    QCoreApplication::sendEvent(m_bench->form.get(), &event);
-    QTEST(m_bench->calls("controllers") > 0, "refreshes");
-    QTEST(!m_bench->observer.events().empty(), "refreshes");
+    QCoreApplication::sendEvent(bench->form.get(), &event);
+    QTEST(bench->calls("controllers") > 0, "refreshes");
+    QTEST(!bench->observer.events().empty(), "refreshes");
 }
 
 void TestTerminalCommandGenerationControllers::subscribesAndUnsubscribes()
 {
-    m_bench->backend.sendStructureChanged(OrbItemId());
+    bench->backend.sendStructureChanged(OrbItemId());
     CommandFormBench::settle();
-    QCOMPARE(m_bench->listed().size(), CommandFormBench::threeControllers().size());
+    QCOMPARE(bench->listed().size(), CommandFormBench::threeControllers().size());
 
-    m_bench->form.reset();
-    m_bench->backend.clearCalls();
-    m_bench->backend.sendStructureChanged(OrbItemId());
+    bench->form.reset();
+    bench->backend.clearCalls();
+    bench->backend.sendStructureChanged(OrbItemId());
     CommandFormBench::settle();
-    QVERIFY(m_bench->backend.calls().isEmpty());
+    QVERIFY(bench->backend.calls().isEmpty());
 }
 
 void TestTerminalCommandGenerationControllers::aPostedRefreshDiesWithTheForm()
 {
-    m_bench->form->structureChanged(OrbItemId());
-    m_bench->form.reset();
+    bench->form->structureChanged(OrbItemId());
+    bench->form.reset();
     CommandFormBench::settle();
-    QVERIFY(m_bench->backend.calls().isEmpty());
-    QVERIFY(m_bench->observer.events().empty());
+    QVERIFY(bench->backend.calls().isEmpty());
+    QVERIFY(bench->observer.events().empty());
 }
 
 // The list
 
 void TestTerminalCommandGenerationControllers::refreshKeepsTheSelection()
 {
-    m_bench->changeStructure();
-    m_bench->controllers()->setCurrentIndex(1);
-    m_bench->setText("lineEdit", QStringLiteral("typed"));
-    m_bench->backend.setControllers({{QStringLiteral("new"), QStringLiteral("Another")},
-                                     {QStringLiteral("c9"), QStringLiteral("East")},
-                                     {QStringLiteral("c2"), QStringLiteral("South")}});
-    m_bench->changeStructure();
-    QCOMPARE(m_bench->listed(),
+    bench->changeStructure();
+    bench->controllers()->setCurrentIndex(1);
+    bench->setText("lineEdit", QStringLiteral("typed"));
+    bench->backend.setControllers({{QStringLiteral("new"), QStringLiteral("Another")},
+                                   {QStringLiteral("c9"), QStringLiteral("East")},
+                                   {QStringLiteral("c2"), QStringLiteral("South")}});
+    bench->changeStructure();
+    QCOMPARE(bench->listed(),
              (QStringList{QStringLiteral("Another"), QStringLiteral("East"), QStringLiteral("South")}));
-    QCOMPARE(m_bench->controllers()->currentIndex(), 1);
-    QCOMPARE(m_bench->controllers()->currentData().toString(), QStringLiteral("c9"));
+    QCOMPARE(bench->controllers()->currentIndex(), 1);
+    QCOMPARE(bench->controllers()->currentData().toString(), QStringLiteral("c9"));
     // Selecting it tells its connection; the refresh ends with the text.
-    QCOMPARE(m_bench->lastChosen(), (QStringList{QStringLiteral("c9"), QStringLiteral("East")}));
+    QCOMPARE(bench->lastChosen(), (QStringList{QStringLiteral("c9"), QStringLiteral("East")}));
     // The address stays as it was.
-    QCOMPARE(m_bench->text("lineEdit"), QStringLiteral("typed"));
-    QCOMPARE(m_bench->calls("readItem"), 0);
-    QCOMPARE(m_bench->calls("itemNames"), 0);
+    QCOMPARE(bench->text("lineEdit"), QStringLiteral("typed"));
+    QCOMPARE(bench->calls("readItem"), 0);
+    QCOMPARE(bench->calls("itemNames"), 0);
 }
 
 void TestTerminalCommandGenerationControllers::refreshSelectsTheLastOfEqualTexts()
 {
-    m_bench->changeStructure();
-    m_bench->controllers()->setCurrentIndex(1);
-    m_bench->backend.setControllers({{QStringLiteral("a"), QStringLiteral("East")},
-                                     {QStringLiteral("b"), QStringLiteral("East")},
-                                     {QStringLiteral("c"), QStringLiteral("West")}});
-    m_bench->changeStructure();
-    QCOMPARE(m_bench->controllers()->currentIndex(), 1);
-    QCOMPARE(m_bench->controllers()->currentData().toString(), QStringLiteral("b"));
-    QCOMPARE(m_bench->lastChosen(), (QStringList{QStringLiteral("b"), QStringLiteral("East")}));
+    bench->changeStructure();
+    bench->controllers()->setCurrentIndex(1);
+    bench->backend.setControllers({{QStringLiteral("a"), QStringLiteral("East")},
+                                   {QStringLiteral("b"), QStringLiteral("East")},
+                                   {QStringLiteral("c"), QStringLiteral("West")}});
+    bench->changeStructure();
+    QCOMPARE(bench->controllers()->currentIndex(), 1);
+    QCOMPARE(bench->controllers()->currentData().toString(), QStringLiteral("b"));
+    QCOMPARE(bench->lastChosen(), (QStringList{QStringLiteral("b"), QStringLiteral("East")}));
 }
 
 void TestTerminalCommandGenerationControllers::refreshComparesWholeTexts()
 {
-    m_bench->changeStructure();
-    m_bench->controllers()->setCurrentIndex(1);
-    m_bench->backend.setControllers({{QStringLiteral("a"), QStringLiteral("Easter")},
-                                     {QStringLiteral("b"), QStringLiteral("east")},
-                                     {QStringLiteral("c1"), QStringLiteral("Eas")}});
-    m_bench->changeStructure();
-    QCOMPARE(m_bench->controllers()->currentText(), QStringLiteral("Easter"));
-    QCOMPARE(m_bench->chosen().constLast(), QStringLiteral("Easter"));
+    bench->changeStructure();
+    bench->controllers()->setCurrentIndex(1);
+    bench->backend.setControllers({{QStringLiteral("a"), QStringLiteral("Easter")},
+                                   {QStringLiteral("b"), QStringLiteral("east")},
+                                   {QStringLiteral("c1"), QStringLiteral("Eas")}});
+    bench->changeStructure();
+    QCOMPARE(bench->controllers()->currentText(), QStringLiteral("Easter"));
+    QCOMPARE(bench->chosen().constLast(), QStringLiteral("Easter"));
 }
 
 void TestTerminalCommandGenerationControllers::refreshWithoutTheRememberedOneShowsTheFirstSystem()
 {
-    m_bench->backend.setItemNames(OrbItemId::System, {QStringLiteral("Sys.b"), QStringLiteral("Sys.a")});
-    m_bench->setReading("c0", "Status.controllerName", QStringLiteral("South"));
-    m_bench->setReading("c0", "Status.connectionName", QStringLiteral("read"));
-    m_bench->setText("channelEdit", QStringLiteral("1"));
-    m_bench->changeStructure();
+    bench->backend.setItemNames(OrbItemId::System, {QStringLiteral("Sys.b"), QStringLiteral("Sys.a")});
+    bench->setReading("c0", "Status.controllerName", QStringLiteral("South"));
+    bench->setReading("c0", "Status.connectionName", QStringLiteral("read"));
+    bench->setText("channelEdit", QStringLiteral("1"));
+    bench->changeStructure();
 
-    QCOMPARE(m_bench->listed(),
+    QCOMPARE(bench->listed(),
              (QStringList{QStringLiteral("North"), QStringLiteral("East"), QStringLiteral("South")}));
-    QCOMPARE(m_bench->controllers()->itemData(2).toString(), QStringLiteral("c2"));
-    QCOMPARE(m_bench->controllers()->currentText(), QStringLiteral("South"));
-    QCOMPARE(m_bench->caption(), QStringLiteral("System Item"));
-    QCOMPARE(m_bench->items()->currentText(), QStringLiteral("Sys.a"));
-    QCOMPARE(m_bench->text("channelEdit"), QString());
+    QCOMPARE(bench->controllers()->itemData(2).toString(), QStringLiteral("c2"));
+    QCOMPARE(bench->controllers()->currentText(), QStringLiteral("South"));
+    QCOMPARE(bench->caption(), QStringLiteral("System Item"));
+    QCOMPARE(bench->items()->currentText(), QStringLiteral("Sys.a"));
+    QCOMPARE(bench->text("channelEdit"), QString());
     // Showing the system ends with the connection that was read, the refresh with the text shown.
-    QCOMPARE(m_bench->lastChosen(), (QStringList{QStringLiteral("read"), QStringLiteral("South")}));
+    QCOMPARE(bench->lastChosen(), (QStringList{QStringLiteral("read"), QStringLiteral("South")}));
 }
 
 void TestTerminalCommandGenerationControllers::refreshWithoutAConnectionIndexShowsNoSystem()
 {
-    m_bench->backend.vanished = true;
-    m_bench->setText("channelEdit", QStringLiteral("1"));
-    m_bench->changeStructure();
-    QCOMPARE(m_bench->backend.callsOf(QStringLiteral("connectionIndex")).constFirst().arguments,
+    bench->backend.vanished = true;
+    bench->setText("channelEdit", QStringLiteral("1"));
+    bench->changeStructure();
+    QCOMPARE(bench->backend.callsOf(QStringLiteral("connectionIndex")).constFirst().arguments,
              QStringList{QStringLiteral("c0")});
-    QCOMPARE(m_bench->text("channelEdit"), QStringLiteral("1"));
-    QCOMPARE(m_bench->calls("readItem"), 0);
-    QCOMPARE(m_bench->calls("itemNames"), 0);
-    QCOMPARE(m_bench->controllers()->currentText(), QStringLiteral("North"));
-    QCOMPARE(m_bench->chosen().constLast(), QStringLiteral("North"));
+    QCOMPARE(bench->text("channelEdit"), QStringLiteral("1"));
+    QCOMPARE(bench->calls("readItem"), 0);
+    QCOMPARE(bench->calls("itemNames"), 0);
+    QCOMPARE(bench->controllers()->currentText(), QStringLiteral("North"));
+    QCOMPARE(bench->chosen().constLast(), QStringLiteral("North"));
 }
 
 void TestTerminalCommandGenerationControllers::refreshWithNoControllers()
 {
-    m_bench->changeStructure();
-    m_bench->backend.setControllers({});
-    m_bench->changeStructure();
-    QCOMPARE(m_bench->listed(), QStringList{QStringLiteral("No connection")});
-    QVERIFY(!m_bench->controllers()->currentData().isValid());
-    QCOMPARE(m_bench->chosen().constLast(), QStringLiteral("No connection"));
-    QCOMPARE(m_bench->calls("connectionIndex"), 0);
-    QCOMPARE(m_bench->calls("readItem"), 0);
+    bench->changeStructure();
+    bench->backend.setControllers({});
+    bench->changeStructure();
+    QCOMPARE(bench->listed(), QStringList{QStringLiteral("No connection")});
+    QVERIFY(!bench->controllers()->currentData().isValid());
+    QCOMPARE(bench->chosen().constLast(), QStringLiteral("No connection"));
+    QCOMPARE(bench->calls("connectionIndex"), 0);
+    QCOMPARE(bench->calls("readItem"), 0);
 }
 
 void TestTerminalCommandGenerationControllers::refreshFromNoConnectionToControllers()
 {
-    QCOMPARE(m_bench->listed(), QStringList{QStringLiteral("No connection")});
-    m_bench->changeStructure();
-    QCOMPARE(m_bench->controllers()->currentText(), QStringLiteral("North"));
-    QCOMPARE(m_bench->chosen().constLast(), QStringLiteral("North"));
+    QCOMPARE(bench->listed(), QStringList{QStringLiteral("No connection")});
+    bench->changeStructure();
+    QCOMPARE(bench->controllers()->currentText(), QStringLiteral("North"));
+    QCOMPARE(bench->chosen().constLast(), QStringLiteral("North"));
 }
 
 void TestTerminalCommandGenerationControllers::refreshOfThousands()
@@ -268,13 +277,13 @@ void TestTerminalCommandGenerationControllers::refreshOfThousands()
     QVector<QPair<QString, QString>> many;
     for (int i = 0; i < Count; ++i)
         many.append({QStringLiteral("c%1").arg(i), QStringLiteral("Controller %1").arg(i)});
-    m_bench->backend.setControllers(many);
-    m_bench->changeStructure();
-    QCOMPARE(m_bench->controllers()->count(), Count);
-    m_bench->controllers()->setCurrentIndex(Count - 1);
-    m_bench->changeStructure();
-    QCOMPARE(m_bench->controllers()->currentIndex(), Count - 1);
-    QCOMPARE(m_bench->controllers()->itemData(1234).toString(), QStringLiteral("c1234"));
+    bench->backend.setControllers(many);
+    bench->changeStructure();
+    QCOMPARE(bench->controllers()->count(), Count);
+    bench->controllers()->setCurrentIndex(Count - 1);
+    bench->changeStructure();
+    QCOMPARE(bench->controllers()->currentIndex(), Count - 1);
+    QCOMPARE(bench->controllers()->itemData(1234).toString(), QStringLiteral("c1234"));
 }
 
 QTEST_MAIN(TestTerminalCommandGenerationControllers)

@@ -1,11 +1,8 @@
 #include "command_terminal/terminal_console.h"
 
-#include "tests/command_terminal/probe_console.h"
-#include "tests/command_terminal/terminal_fixture.h"
+#include "tests/command_terminal/shown_console.h"
 
 #include <QTest>
-
-#include <memory>
 
 namespace
 {
@@ -26,7 +23,7 @@ QStringList one(const QString &line)
 } // namespace
 
 /// The console's key table, row by row.
-class TstTerminalConsoleKeys : public QObject
+class TestTerminalConsoleKeys : public QObject, private ShownConsole
 {
     Q_OBJECT
 
@@ -58,29 +55,20 @@ private Q_SLOTS:
 
 private:
     void typeWith(bool inputMode);
-
-    std::unique_ptr<TerminalFixture> host;
-    std::unique_ptr<ProbeConsole> console;
 };
 
-void TstTerminalConsoleKeys::init()
+void TestTerminalConsoleKeys::init()
 {
-    host = std::make_unique<TerminalFixture>();
-    console = std::make_unique<ProbeConsole>(*host);
-    console->resize(400, 200);
-    console->show();
-    console->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(console.get()));
+    QVERIFY(showConsole());
 }
 
-void TstTerminalConsoleKeys::cleanup()
+void TestTerminalConsoleKeys::cleanup()
 {
-    console.reset();
-    host.reset();
+    closeConsole();
 }
 
 /// Two commands lie behind; then `Typed` is typed after a normal or an input prompt.
-void TstTerminalConsoleKeys::typeWith(bool inputMode)
+void TestTerminalConsoleKeys::typeWith(bool inputMode)
 {
     console->enterLine(QStringLiteral("first"));
     console->enterLine(QStringLiteral("second"));
@@ -92,7 +80,7 @@ void TstTerminalConsoleKeys::typeWith(bool inputMode)
     console->requested.clear();
 }
 
-void TstTerminalConsoleKeys::keyWithoutPopup_data()
+void TestTerminalConsoleKeys::keyWithoutPopup_data()
 {
     QTest::addColumn<bool>("inputMode");
     QTest::addColumn<Qt::Key>("key");
@@ -169,7 +157,7 @@ void TstTerminalConsoleKeys::keyWithoutPopup_data()
                                  << 3;
 }
 
-void TstTerminalConsoleKeys::keyWithoutPopup()
+void TestTerminalConsoleKeys::keyWithoutPopup()
 {
     QFETCH(bool, inputMode);
     QFETCH(Qt::Key, key);
@@ -191,7 +179,7 @@ void TstTerminalConsoleKeys::keyWithoutPopup()
     QVERIFY(console->toPlainText().startsWith(QStringLiteral("> first\n> second\n> ")));
 }
 
-void TstTerminalConsoleKeys::keyWithPopup_data()
+void TestTerminalConsoleKeys::keyWithPopup_data()
 {
     QTest::addColumn<bool>("inputMode");
     QTest::addColumn<Qt::Key>("key");
@@ -228,7 +216,7 @@ void TstTerminalConsoleKeys::keyWithPopup_data()
                                    << one(Typed);
 }
 
-void TstTerminalConsoleKeys::keyWithPopup()
+void TestTerminalConsoleKeys::keyWithPopup()
 {
     QFETCH(bool, inputMode);
     QFETCH(Qt::Key, key);
@@ -253,7 +241,7 @@ void TstTerminalConsoleKeys::keyWithPopup()
     QVERIFY(console->hasFocus());
 }
 
-void TstTerminalConsoleKeys::keyIsDroppedWhileBusy_data()
+void TestTerminalConsoleKeys::keyIsDroppedWhileBusy_data()
 {
     QTest::addColumn<Qt::Key>("key");
     QTest::addColumn<bool>("inputMode");
@@ -267,7 +255,7 @@ void TstTerminalConsoleKeys::keyIsDroppedWhileBusy_data()
     }
 }
 
-void TstTerminalConsoleKeys::keyIsDroppedWhileBusy()
+void TestTerminalConsoleKeys::keyIsDroppedWhileBusy()
 {
     QFETCH(Qt::Key, key);
     QFETCH(bool, inputMode);
@@ -293,7 +281,7 @@ void TstTerminalConsoleKeys::keyIsDroppedWhileBusy()
 
 using KeyCombination = QPair<Qt::Key, Qt::KeyboardModifiers>;
 
-void TstTerminalConsoleKeys::stopsAtThePrompt_data()
+void TestTerminalConsoleKeys::stopsAtThePrompt_data()
 {
     QTest::addColumn<KeyCombination>("keys");
     QTest::newRow("Home") << KeyCombination(Qt::Key_Home, Qt::NoModifier);
@@ -303,7 +291,7 @@ void TstTerminalConsoleKeys::stopsAtThePrompt_data()
     QTest::newRow("Page Up") << KeyCombination(Qt::Key_PageUp, Qt::NoModifier);
 }
 
-void TstTerminalConsoleKeys::stopsAtThePrompt()
+void TestTerminalConsoleKeys::stopsAtThePrompt()
 {
     QFETCH(KeyCombination, keys);
     console->printText(QStringLiteral("line\n").repeated(100));
@@ -315,12 +303,12 @@ void TstTerminalConsoleKeys::stopsAtThePrompt()
     QVERIFY(!console->textCursor().hasSelection());
 }
 
-void TstTerminalConsoleKeys::marksOnlyTheInput_data()
+void TestTerminalConsoleKeys::marksOnlyTheInput_data()
 {
     stopsAtThePrompt_data();
 }
 
-void TstTerminalConsoleKeys::marksOnlyTheInput()
+void TestTerminalConsoleKeys::marksOnlyTheInput()
 {
     QFETCH(KeyCombination, keys);
     console->printText(QStringLiteral("line\n").repeated(100));
@@ -332,7 +320,7 @@ void TstTerminalConsoleKeys::marksOnlyTheInput()
     QCOMPARE(console->textCursor().selectedText(), QStringLiteral("abc"));
 }
 
-void TstTerminalConsoleKeys::leavesCursorBeforeThePrompt_data()
+void TestTerminalConsoleKeys::leavesCursorBeforeThePrompt_data()
 {
     QTest::addColumn<Qt::Key>("key");
     QTest::newRow("Home") << Qt::Key_Home;
@@ -341,7 +329,7 @@ void TstTerminalConsoleKeys::leavesCursorBeforeThePrompt_data()
     QTest::newRow("Backspace") << Qt::Key_Backspace;
 }
 
-void TstTerminalConsoleKeys::leavesCursorBeforeThePrompt()
+void TestTerminalConsoleKeys::leavesCursorBeforeThePrompt()
 {
     QFETCH(Qt::Key, key);
     console->printText(QStringLiteral("one\ntwo\n"));
@@ -353,7 +341,7 @@ void TstTerminalConsoleKeys::leavesCursorBeforeThePrompt()
     QCOMPARE(console->toPlainText(), text);
 }
 
-void TstTerminalConsoleKeys::backspaceDeletesTheSelection()
+void TestTerminalConsoleKeys::backspaceDeletesTheSelection()
 {
     console->type(QStringLiteral("abcdef"));
     console->mark(console->promptEnd + 2, console->promptEnd); // cursor at the prompt
@@ -362,9 +350,13 @@ void TstTerminalConsoleKeys::backspaceDeletesTheSelection()
     console->mark(console->promptEnd + 1, console->promptEnd + 3);
     console->press(Qt::Key_Backspace);
     QCOMPARE(console->toPlainText(), QStringLiteral("> cf"));
+    console->mark(
+        0, console->promptEnd); // all of it earlier output: nothing is deleted, and nothing in its place
+    console->press(Qt::Key_Backspace);
+    QCOMPARE(console->toPlainText(), QStringLiteral("> cf"));
 }
 
-void TstTerminalConsoleKeys::backspaceRightAfterThePromptChangesNothing()
+void TestTerminalConsoleKeys::backspaceRightAfterThePromptChangesNothing()
 {
     console->printText(QStringLiteral("out\n"));
     console->printPrompt();
@@ -378,7 +370,7 @@ void TstTerminalConsoleKeys::backspaceRightAfterThePromptChangesNothing()
     }
 }
 
-void TstTerminalConsoleKeys::backspaceByWordsStopsAtThePrompt_data()
+void TestTerminalConsoleKeys::backspaceByWordsStopsAtThePrompt_data()
 {
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("left");
@@ -387,7 +379,7 @@ void TstTerminalConsoleKeys::backspaceByWordsStopsAtThePrompt_data()
     QTest::newRow("blank, which runs on into the prompt") << QStringLiteral(" ") << QString();
 }
 
-void TstTerminalConsoleKeys::backspaceByWordsStopsAtThePrompt()
+void TestTerminalConsoleKeys::backspaceByWordsStopsAtThePrompt()
 {
     QFETCH(QString, typed);
     QFETCH(QString, left);
@@ -396,7 +388,7 @@ void TstTerminalConsoleKeys::backspaceByWordsStopsAtThePrompt()
     QCOMPARE(console->toPlainText(), QStringLiteral("> ") + left);
 }
 
-void TstTerminalConsoleKeys::returnSendsTheWholeInput_data()
+void TestTerminalConsoleKeys::returnSendsTheWholeInput_data()
 {
     QTest::addColumn<KeyCombination>("keys");
     QTest::newRow("Return") << KeyCombination(Qt::Key_Return, Qt::NoModifier);
@@ -404,7 +396,7 @@ void TstTerminalConsoleKeys::returnSendsTheWholeInput_data()
     QTest::newRow("Ctrl+Return") << KeyCombination(Qt::Key_Return, Qt::ControlModifier);
 }
 
-void TstTerminalConsoleKeys::returnSendsTheWholeInput()
+void TestTerminalConsoleKeys::returnSendsTheWholeInput()
 {
     QFETCH(KeyCombination, keys);
     console->type(QStringLiteral("get item"));
@@ -414,7 +406,7 @@ void TstTerminalConsoleKeys::returnSendsTheWholeInput()
     QCOMPARE(console->toPlainText(), QStringLiteral("> get item\n> "));
 }
 
-void TstTerminalConsoleKeys::keypadEnterOnlyBreaksTheLine_data()
+void TestTerminalConsoleKeys::keypadEnterOnlyBreaksTheLine_data()
 {
     QTest::addColumn<KeyCombination>("keys");
     QTest::newRow("keypad") << KeyCombination(Qt::Key_Enter, Qt::KeypadModifier);
@@ -422,7 +414,7 @@ void TstTerminalConsoleKeys::keypadEnterOnlyBreaksTheLine_data()
     QTest::newRow("with Shift") << KeyCombination(Qt::Key_Enter, Qt::KeypadModifier | Qt::ShiftModifier);
 }
 
-void TstTerminalConsoleKeys::keypadEnterOnlyBreaksTheLine()
+void TestTerminalConsoleKeys::keypadEnterOnlyBreaksTheLine()
 {
     QFETCH(KeyCombination, keys);
     console->type(QStringLiteral("one"));
@@ -433,6 +425,6 @@ void TstTerminalConsoleKeys::keypadEnterOnlyBreaksTheLine()
     QCOMPARE(console->executed, one(QStringLiteral("one\ntwo")));
 }
 
-QTEST_MAIN(TstTerminalConsoleKeys)
+QTEST_MAIN(TestTerminalConsoleKeys)
 
 #include "tst_terminal_console_keys.moc"

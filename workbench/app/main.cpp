@@ -134,5 +134,11 @@ int main(int argc, char *argv[])
     case workbench::OptionsResult::Run:
         break;
     }
+    if (!hasScreen() && !options.hasTask()) {
+        err << "There is no screen to show a window on. Give something to do without one: --run-command-file "
+               "FILE, "
+               "--editor-file FILE or --screenshot FILE.\n";
+        return workbench::MisuseExitCode;
+    }
     return run(options, out, err);
 }

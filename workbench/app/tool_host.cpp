@@ -100,10 +100,10 @@ KdPluginWidget *ToolHost::openTool(quint32 classId, QWidget *parent, int layoutM
     if (tool.widget)
         return tool.widget;
 
-    tool.widget = plugin.createWidget(tool.description.widgetIndex, parent, mainData, *this, instances);
+    tool.widget = plugin.createWidget(tool.description.widgetIndex, parent, mainData, *this, tool.instances);
     if (!tool.widget)
         return nullptr;
-    ++instances;
+    ++tool.instances;
 
     KdParentEvent margin(KD::SetLayoutMargin);
     margin.setIntArgument(layoutMargin, 0);

@@ -83,6 +83,7 @@ private:
         KdPluginWidgetDescription description;
         QPointer<KdPluginWidget> widget;
         bool answered = false;
+        unsigned instances = 0; ///< tools of this class made so far
     };
 
     void send(quint32 classId, KdParentEvent &event);
@@ -93,7 +94,6 @@ private:
     KdPluginDescription description;
     std::map<quint32, Tool> tools;
     quint32 queriedClass = 0; ///< the tool whose answer is expected right now, 0 for none
-    unsigned instances = 0; ///< tools made so far
 };
 
 } // namespace workbench
