@@ -9,15 +9,8 @@ namespace
 using Condition = ChannelCondition;
 using Setting = ChannelSetting;
 using Quantity = ChannelQuantity;
+using namespace item_words;
 
-constexpr auto Bool = ItemKind::Bool;
-constexpr auto Int = ItemKind::Int;
-constexpr auto Float = ItemKind::Float;
-constexpr auto String = ItemKind::String;
-constexpr auto Read = ItemAccess::Read;
-constexpr auto ReadWrite = ItemAccess::ReadWrite;
-
-constexpr ItemRange AnyMask{0, 4294967295.0};
 constexpr ItemRange NotNegative{0, 1e9};
 
 // clang-format off

@@ -8,13 +8,7 @@ namespace
 
 using Condition = CrateCondition;
 using Quantity = CrateQuantity;
-
-constexpr auto Bool = ItemKind::Bool;
-constexpr auto Int = ItemKind::Int;
-constexpr auto Float = ItemKind::Float;
-constexpr auto String = ItemKind::String;
-constexpr auto Read = ItemAccess::Read;
-constexpr auto ReadWrite = ItemAccess::ReadWrite;
+using namespace item_words;
 
 // clang-format off
 constexpr ItemDefinition Rows[] = {

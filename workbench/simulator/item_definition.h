@@ -67,6 +67,21 @@ constexpr bool isWritable(const ItemDefinition &item)
 
 // How the tables spell their rows. `Argument` is the level's own enumeration.
 
+/// The words that the tables share; for their sources alone.
+namespace item_words
+{
+
+inline constexpr auto Bool = ItemKind::Bool;
+inline constexpr auto Int = ItemKind::Int;
+inline constexpr auto Float = ItemKind::Float;
+inline constexpr auto String = ItemKind::String;
+inline constexpr auto Read = ItemAccess::Read;
+inline constexpr auto ReadWrite = ItemAccess::ReadWrite;
+
+inline constexpr ItemRange AnyMask{0, 4294967295.0};
+
+} // namespace item_words
+
 constexpr ItemDefinition constant(const char *name, ItemKind kind, const char *unit, double number)
 {
     return {name, kind, ItemAccess::Read, unit, ItemSource::Constant, 0, number, "", {}};

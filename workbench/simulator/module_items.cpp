@@ -9,15 +9,8 @@ namespace
 using Condition = ModuleCondition;
 using Setting = ModuleSetting;
 using Quantity = ModuleQuantity;
+using namespace item_words;
 
-constexpr auto Bool = ItemKind::Bool;
-constexpr auto Int = ItemKind::Int;
-constexpr auto Float = ItemKind::Float;
-constexpr auto String = ItemKind::String;
-constexpr auto Read = ItemAccess::Read;
-constexpr auto ReadWrite = ItemAccess::ReadWrite;
-
-constexpr ItemRange AnyMask{0, 4294967295.0};
 constexpr ItemRange YesOrNo{0, 1};
 constexpr ItemRange Rampspeed{0.001, 100};
 

@@ -8,12 +8,7 @@ namespace
 
 using Setting = SystemSetting;
 using Quantity = SystemQuantity;
-
-constexpr auto Bool = ItemKind::Bool;
-constexpr auto Int = ItemKind::Int;
-constexpr auto String = ItemKind::String;
-constexpr auto Read = ItemAccess::Read;
-constexpr auto ReadWrite = ItemAccess::ReadWrite;
+using namespace item_words;
 
 // clang-format off
 constexpr ItemDefinition Rows[] = {
