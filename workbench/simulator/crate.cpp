@@ -23,7 +23,7 @@ ItemValue Crate::read(const ItemDefinition &item, double now)
 {
     if (item.source == ItemSource::Quantity)
         return quantity(static_cast<Quantity>(item.argument), now);
-    return state.read(item, 0); // nothing is ever the matter with a crate yet
+    return state.read(item, 0); // nothing is ever the matter with a crate
 }
 
 TarnResult Crate::write(const ItemDefinition &item, const ItemValue &value, double now)

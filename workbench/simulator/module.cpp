@@ -22,7 +22,7 @@ ItemValue Module::read(const ItemDefinition &item, bool isPowered, double now)
 {
     if (item.source == ItemSource::Quantity)
         return quantity(static_cast<Quantity>(item.argument), isPowered, now);
-    return state.read(item, 0); // nothing is ever the matter with a module yet
+    return state.read(item, 0); // nothing is ever the matter with a module
 }
 
 TarnResult Module::write(const ItemDefinition &item, const ItemValue &value, bool isPowered, double now)
