@@ -78,26 +78,17 @@ void DlDataAccessPrivate::rawMessage(const QString &connectionName, const QStrin
 
 void DlDataAccessPrivate::structureChanged(const OrbItemId &id)
 {
-    Notification notification;
-    notification.kind = DlNotificationQuery::StructureChanged;
-    notification.id = id;
-    enqueue(std::move(notification));
+    enqueueChange(DlNotificationQuery::StructureChanged, id);
 }
 
 void DlDataAccessPrivate::valuesChanged(const OrbItemId &id)
 {
-    Notification notification;
-    notification.kind = DlNotificationQuery::ValuesChanged;
-    notification.id = id;
-    enqueue(std::move(notification));
+    enqueueChange(DlNotificationQuery::ValuesChanged, id);
 }
 
 void DlDataAccessPrivate::statusChanged(const OrbItemId &id)
 {
-    Notification notification;
-    notification.kind = DlNotificationQuery::StatusChanged;
-    notification.id = id;
-    enqueue(std::move(notification));
+    enqueueChange(DlNotificationQuery::StatusChanged, id);
 }
 
 void DlDataAccessPrivate::messageWasLogged(const OrbLogMessage &message)
@@ -117,6 +108,14 @@ DlDataAccessPrivate::Subscription &DlDataAccessPrivate::subscriptionOf(DlMessage
         return *found;
     subscriptions.append({subscriber, Never, Never});
     return subscriptions.last();
+}
+
+void DlDataAccessPrivate::enqueueChange(DlNotificationQuery::Kind kind, const OrbItemId &id)
+{
+    Notification notification;
+    notification.kind = kind;
+    notification.id = id;
+    enqueue(std::move(notification));
 }
 
 void DlDataAccessPrivate::enqueue(Notification notification)

@@ -64,6 +64,7 @@ private:
     using Recipients = QVarLengthArray<DlMessageSubscriber *, 16>;
 
     Subscription &subscriptionOf(DlMessageSubscriber *subscriber);
+    void enqueueChange(DlNotificationQuery::Kind kind, const OrbItemId &id);
     void enqueue(Notification notification);
     bool announce();
     void post();
