@@ -1,5 +1,7 @@
 #include "workbench/app/options.h"
 
+#include "workbench/app/translated_text.h"
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 
@@ -10,11 +12,6 @@ namespace
 {
 
 constexpr int LatencyLimit = 60000;
-
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("Options", text);
-}
 
 /// The rules between options that the parser does not know; an empty text when they are kept.
 QString complaint(const QCommandLineParser &parser)

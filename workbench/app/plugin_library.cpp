@@ -2,23 +2,12 @@
 
 #include "hostsdk/kd_plugin_interface.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonObject>
 
 namespace workbench
 {
-
-namespace
-{
-
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("PluginLibrary", text);
-}
-
-} // namespace
 
 PluginLibrary::PluginLibrary()
 {

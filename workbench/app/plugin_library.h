@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QPluginLoader>
 #include <QString>
 #include <QStringList>
@@ -12,6 +13,7 @@ namespace workbench
 /// The plug-in's library: found, loaded and, at the end, released again. GUI thread only.
 class PluginLibrary
 {
+    Q_DECLARE_TR_FUNCTIONS(workbench::PluginLibrary)
     Q_DISABLE_COPY(PluginLibrary)
 
 public:

@@ -3,7 +3,6 @@
 #include "hostsdk/kd_plugin_configuration.h"
 #include "workbench/hostkit/configuration_file.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 
@@ -12,11 +11,6 @@ namespace workbench
 
 namespace
 {
-
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("SettingsStore", text);
-}
 
 const QLatin1String GeometryName("geometry");
 const QLatin1String StateName("state");

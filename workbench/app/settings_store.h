@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QCoreApplication>
 #include <QString>
 #include <QStringList>
 
@@ -23,6 +24,8 @@ struct WindowLayout
 /// folder. Failures are texts for the operator; none of them loses what is saved already.
 class SettingsStore
 {
+    Q_DECLARE_TR_FUNCTIONS(workbench::SettingsStore)
+
 public:
     /// An empty folder name keeps nothing.
     explicit SettingsStore(const QString &folder);

@@ -1,6 +1,7 @@
 #include "workbench/app/system_state.h"
 
-#include <QCoreApplication>
+#include "workbench/app/translated_text.h"
+
 #include <QPainter>
 #include <QPixmap>
 #include <QPolygonF>
@@ -12,11 +13,6 @@ namespace workbench
 
 namespace
 {
-
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("SystemState", text);
-}
 
 QPolygonF triangle(qreal top, qreal bottom)
 {

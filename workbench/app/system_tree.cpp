@@ -4,8 +4,8 @@
 #include "hostclient/orb_client.h"
 #include "hostclient/orb_item_definitions.h"
 #include "hostclient/orb_item_value.h"
+#include "workbench/app/translated_text.h"
 
-#include <QCoreApplication>
 #include <QSet>
 
 #include <algorithm>
@@ -18,11 +18,6 @@ namespace
 {
 
 constexpr int ChannelLimit = 4096; // a module that claims more is not believed
-
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("SystemTree", text);
-}
 
 bool comesBefore(const OrbItemId &a, const OrbItemId &b)
 {

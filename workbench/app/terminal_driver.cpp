@@ -2,7 +2,6 @@
 
 #include <QAction>
 #include <QComboBox>
-#include <QCoreApplication>
 #include <QPlainTextEdit>
 #include <QVariant>
 
@@ -14,11 +13,6 @@ namespace
 
 const QLatin1String ShowEditorText("Show Text Editor");
 const QLatin1String ExecuteFileText("Execute File");
-
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("TerminalDriver", text);
-}
 
 } // namespace
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QString>
 
 class QAction;
@@ -14,6 +15,8 @@ namespace workbench
 /// widget is known of it. GUI thread only.
 class TerminalDriver
 {
+    Q_DECLARE_TR_FUNCTIONS(workbench::TerminalDriver)
+
 public:
     /// The tool is kept and outlives the driver.
     explicit TerminalDriver(QWidget &tool);
