@@ -30,7 +30,8 @@ struct DlNotificationQuery
 /// never owns a subscriber. A subscriber unsubscribes itself before it is destroyed.
 ///
 /// The layer calls all of these on the thread that DlDataAccess lives on (the GUI thread). A subscriber must still
-/// be ready for structureChanged on any thread, since other data access layers do call it from theirs.
+/// be ready for structureChanged, and for wantsNotification just before it on the same thread, on any thread, since
+/// other data access layers do call them from theirs.
 class HOST_EXPORT DlMessageSubscriber
 {
 public:

@@ -38,7 +38,10 @@ public:
                                          const QString &scriptName, const QString &sessionId,
                                          const QString &login, const QString &password, unsigned &number);
 
+    /// Whether requests reach the connection: false for a name that is unknown or closed.
     bool checkHasConnection(const QString &connectionName);
+
+    /// Closes a connection. Chosen by our kit: NoData for an unknown name, NotConnected for one that is closed already.
     TarnResult closeConnection(const QString &connectionName);
 
     /// Names and indices of the open connections, with or without the one to the local service.
@@ -63,14 +66,19 @@ public:
     bool getModules(const QString &connectionName, QVector<OrbItemId> &modules);
     bool getCrateModules(const QString &connectionName, const OrbItemId &crate, QVector<OrbItemId> &modules);
 
-    /// Pass-through: requests that the service forwards to a script instead of answering them itself.
+    /// Pass-through: requests that the service forwards to a script instead of answering them itself. A message that
+    /// was handed out is not handed out again. Chosen by our kit: Failed before pass-through is activated on the
+    /// connection, NoData for an unknown connection, NotConnected for a closed one. When no message waits, the next one
+    /// is NoData and leaves `request` as it was, and the list is a Success that is empty. `requests` is cleared first,
+    /// whatever the result.
     TarnResult activateDataPassThrough(const QString &connectionName, const QString &scriptName);
     TarnResult getNextPassThroughMessage(const QString &connectionName, OrbRequestItem &request);
     TarnResult getPassThroughMessageList(const QString &connectionName, QVector<OrbRequestItem> &requests);
     TarnResult sendPassThroughMessage(const QString &connectionName, const OrbItemValue &value);
     TarnResult sendPassThroughMessage(const QString &connectionName, const QVector<OrbItemValue> &values);
 
-    /// 0 silent, 1 errors to stderr, 2 everything to stderr and stdout.
+    /// 0 silent, 1 errors to stderr, 2 everything to stderr and stdout. Chosen by our kit: any other level is Failed and
+    /// changes nothing.
     TarnResult setDebugLevel(int level);
 
     /// Version of the client library.

@@ -22,6 +22,10 @@ public:
 
     /// Factor by which a tool bar multiplies its icon size; 1 for the size that the style gives.
     double getToolbarIconScaleFactor() const;
+
+    /// Chosen by our kit: any number is taken and given back as it is; a tool bar never makes its icons smaller than
+    /// 16 pixels, so that 0 and less give that size. A tool reads the factor when it is made; open ones stay as they
+    /// are.
     void setToolbarIconScaleFactor(double factor);
 
     /// Mime type under which the host drags items.
