@@ -26,15 +26,6 @@ double costOfWord(int length)
     return processorTime() - before;
 }
 
-/// Lets the time of the outstanding wait run out now.
-void runOut(ConsoleBench &bench)
-{
-    const auto timers = bench.timers();
-    QCOMPARE(timers.size(), 1);
-    QTimerEvent event(timers.constFirst().timerId);
-    QCoreApplication::sendEvent(bench.console, &event);
-}
-
 void addTextsOfAnyKind()
 {
     QTest::addColumn<QString>("text");
@@ -162,7 +153,7 @@ void TestTerminalOrbClientConsoleMessages::itemRequestEndsWithoutDataWhenTimeRun
     ConsoleBench bench;
     bench.enter(getRequest());
     bench.say(ConsoleBench::success());
-    runOut(bench);
+    QVERIFY(bench.runOut());
     QVERIFY(!bench.console->isWaiting());
     const QStringList expected{QStringLiteral("white:> ") + getRequest(),
                                QStringLiteral("green:") + ConsoleBench::success(),
@@ -222,7 +213,7 @@ void TestTerminalOrbClientConsoleMessages::lastAcceptedRequestDecidesAboutATrigg
 {
     ConsoleBench bench;
     bench.enter(getRequest());
-    runOut(bench);
+    QVERIFY(bench.runOut());
     bench.backend.setRawAnswer({false, QString(), {}});
     bench.enter(setRequest()); // refused, so it is not the last request
     bench.enter(QStringLiteral("wait 50000"));
@@ -233,7 +224,7 @@ void TestTerminalOrbClientConsoleMessages::lastAcceptedRequestDecidesAboutATrigg
 
     bench.backend.setRawAnswer({});
     bench.enter(setRequest());
-    runOut(bench);
+    QVERIFY(bench.runOut());
     bench.enter(QStringLiteral("wait 50000"));
     bench.say(ConsoleBench::success());
     QVERIFY(!bench.console->isWaiting());
