@@ -2,7 +2,7 @@
 
 #include <QTest>
 
-class TstConsoleText : public QObject
+class TestConsoleText : public QObject
 {
     Q_OBJECT
 
@@ -13,7 +13,7 @@ private Q_SLOTS:
     void findsTheWordBeforeTheCursor();
 };
 
-void TstConsoleText::cutsTrailingWhiteSpace_data()
+void TestConsoleText::cutsTrailingWhiteSpace_data()
 {
     QTest::addColumn<QString>("input");
     QTest::addColumn<QString>("line");
@@ -39,13 +39,13 @@ void TstConsoleText::cutsTrailingWhiteSpace_data()
     QTest::newRow("first line feed is never examined") << QStringLiteral("\n\n") << QStringLiteral("\n");
 }
 
-void TstConsoleText::cutsTrailingWhiteSpace()
+void TestConsoleText::cutsTrailingWhiteSpace()
 {
     QFETCH(QString, input);
     QTEST(command_terminal::handedOverLine(input), "line");
 }
 
-void TstConsoleText::findsTheWordBeforeTheCursor_data()
+void TestConsoleText::findsTheWordBeforeTheCursor_data()
 {
     QTest::addColumn<QString>("input");
     QTest::addColumn<QString>("word");
@@ -71,12 +71,12 @@ void TstConsoleText::findsTheWordBeforeTheCursor_data()
     QTest::newRow("two separators at the start") << QStringLiteral("((b") << QStringLiteral("b");
 }
 
-void TstConsoleText::findsTheWordBeforeTheCursor()
+void TestConsoleText::findsTheWordBeforeTheCursor()
 {
     QFETCH(QString, input);
     QTEST(input.mid(command_terminal::wordStart(input)), "word");
 }
 
-QTEST_APPLESS_MAIN(TstConsoleText)
+QTEST_APPLESS_MAIN(TestConsoleText)
 
 #include "tst_console_text.moc"

@@ -70,7 +70,7 @@ private:
     template <class Widget>
     Widget *child(const char *name) const
     {
-        auto *found = m_panel->findChild<Widget *>(QLatin1String(name));
+        auto *found = panel->findChild<Widget *>(QLatin1String(name));
         Q_ASSERT(found);
         return found;
     }
@@ -92,30 +92,30 @@ private:
     }
     QString request() const
     {
-        const QStringList requests = m_fixture->observer.textsOf(KD::Request);
+        const QStringList requests = fixture->observer.textsOf(KD::Request);
         return requests.isEmpty() ? QString() : requests.constLast();
     }
-    int namesAskedFor() const { return m_fixture->backend.callsOf(QStringLiteral("itemNames")).size(); }
+    int namesAskedFor() const { return fixture->backend.callsOf(QStringLiteral("itemNames")).size(); }
 
-    std::unique_ptr<TerminalFixture> m_fixture;
-    std::unique_ptr<TerminalCommandGeneration> m_panel;
+    std::unique_ptr<TerminalFixture> fixture;
+    std::unique_ptr<TerminalCommandGeneration> panel;
 };
 
 void TestTerminalCommandGeneration::init()
 {
-    m_fixture = std::make_unique<TerminalFixture>();
-    m_fixture->backend.setItemNames(OrbItemId::System, {QStringLiteral("Sys.b"), QStringLiteral("Sys.a")});
-    m_fixture->backend.setItemNames(OrbItemId::Line, {QStringLiteral("Line.none")});
-    m_fixture->backend.setItemNames(OrbItemId::Crate, {QStringLiteral("Crate.x")});
-    m_fixture->backend.setItemNames(OrbItemId::Module, {QStringLiteral("Module.x")});
-    m_fixture->backend.setItemNames(OrbItemId::Channel, {QStringLiteral("Channel.x")});
-    m_panel = std::make_unique<TerminalCommandGeneration>(nullptr, m_fixture->mainData, m_fixture->observer);
+    fixture = std::make_unique<TerminalFixture>();
+    fixture->backend.setItemNames(OrbItemId::System, {QStringLiteral("Sys.b"), QStringLiteral("Sys.a")});
+    fixture->backend.setItemNames(OrbItemId::Line, {QStringLiteral("Line.none")});
+    fixture->backend.setItemNames(OrbItemId::Crate, {QStringLiteral("Crate.x")});
+    fixture->backend.setItemNames(OrbItemId::Module, {QStringLiteral("Module.x")});
+    fixture->backend.setItemNames(OrbItemId::Channel, {QStringLiteral("Channel.x")});
+    panel = std::make_unique<TerminalCommandGeneration>(nullptr, fixture->mainData, fixture->observer);
 }
 
 void TestTerminalCommandGeneration::cleanup()
 {
-    m_panel.reset();
-    m_fixture.reset();
+    panel.reset();
+    fixture.reset();
 }
 
 void TestTerminalCommandGeneration::captionsAndInputs_data()
@@ -133,7 +133,7 @@ void TestTerminalCommandGeneration::captionsAndInputs()
 {
     QFETCH(int, column);
     QFETCH(QString, input);
-    const auto *grid = qobject_cast<QGridLayout *>(m_panel->layout());
+    const auto *grid = qobject_cast<QGridLayout *>(panel->layout());
     QVERIFY(grid);
     QCOMPARE(grid->rowCount(), 2);
     QCOMPARE(grid->columnCount(), 8);
@@ -147,7 +147,7 @@ void TestTerminalCommandGeneration::captionsAndInputs()
 
 void TestTerminalCommandGeneration::buttons()
 {
-    const auto *grid = qobject_cast<QGridLayout *>(m_panel->layout());
+    const auto *grid = qobject_cast<QGridLayout *>(panel->layout());
     QVERIFY(grid);
     const auto *get = qobject_cast<QPushButton *>(grid->itemAtPosition(0, 7)->widget());
     const auto *set = qobject_cast<QPushButton *>(grid->itemAtPosition(1, 7)->widget());
@@ -171,14 +171,14 @@ void TestTerminalCommandGeneration::firstEntries()
     QCOMPARE(offeredItems(), QStringList{QStringLiteral("Select a command")});
     QVERIFY(!child<QComboBox>("itemBox")->currentData().isValid());
     // Nothing was chosen and nothing asked for.
-    QVERIFY(m_fixture->observer.events().empty());
+    QVERIFY(fixture->observer.events().empty());
     QCOMPARE(namesAskedFor(), 0);
 }
 
 void TestTerminalCommandGeneration::translatedAndPlainTexts()
 {
     const ContextTranslator translator;
-    m_panel = std::make_unique<TerminalCommandGeneration>(nullptr, m_fixture->mainData, m_fixture->observer);
+    panel = std::make_unique<TerminalCommandGeneration>(nullptr, fixture->mainData, fixture->observer);
     const auto translated = [](const char *text) {
         return QStringLiteral("[TerminalCommandGeneration]") + QString::fromLatin1(text);
     };
@@ -186,7 +186,7 @@ void TestTerminalCommandGeneration::translatedAndPlainTexts()
     QCOMPARE(child<QComboBox>("itemBox")->currentText(), translated("Select a command"));
 
     QStringList plain;
-    const auto *grid = qobject_cast<QGridLayout *>(m_panel->layout());
+    const auto *grid = qobject_cast<QGridLayout *>(panel->layout());
     for (int column = 0; column < 7; ++column)
         plain.append(qobject_cast<QLabel *>(grid->itemAtPosition(0, column)->widget())->text());
     QCOMPARE(plain.join(QLatin1Char(' ')), QStringLiteral("Controller Line Address Channel Item Value Unit"));
@@ -194,16 +194,16 @@ void TestTerminalCommandGeneration::translatedAndPlainTexts()
     QCOMPARE(child<QPushButton>("setButton")->text(), QStringLiteral("Set"));
 
     const auto *label = child<QLabel>("itemLabel");
-    m_panel->setItemId(OrbItemId(OrbItemId::Channel));
+    panel->setItemId(OrbItemId(OrbItemId::Channel));
     QCOMPARE(label->text(), translated("Channel Item"));
     QCOMPARE(child<QComboBox>("controllerBox")->currentText(), translated("No connection"));
-    m_panel->setItemId(OrbItemId(OrbItemId::Module));
+    panel->setItemId(OrbItemId(OrbItemId::Module));
     QCOMPARE(label->text(), translated("Module Item"));
-    m_panel->setItemId(OrbItemId(OrbItemId::Crate));
+    panel->setItemId(OrbItemId(OrbItemId::Crate));
     QCOMPARE(label->text(), translated("Crate Item"));
-    m_panel->setItemId(OrbItemId(OrbItemId::System));
+    panel->setItemId(OrbItemId(OrbItemId::System));
     QCOMPARE(label->text(), translated("System Item"));
-    m_panel->setItemId(OrbItemId(OrbItemId::Item));
+    panel->setItemId(OrbItemId(OrbItemId::Item));
     QCOMPARE(label->text(), translated("Item"));
 }
 
@@ -212,7 +212,7 @@ void TestTerminalCommandGeneration::translatedAndPlainTexts()
 void TestTerminalCommandGeneration::getSendsOneRequest()
 {
     QTest::mouseClick(child<QPushButton>("getButton"), Qt::LeftButton);
-    QCOMPARE(m_fixture->observer.events().size(), std::size_t{1});
+    QCOMPARE(fixture->observer.events().size(), std::size_t{1});
     QCOMPARE(request(),
              QStringLiteral(R"({"i":"<session_id>","t":"request","c":[{"c":"getItem","p":{"p":{"l":"",)"
                             R"("a":"","c":""},"i":"Select a command","v":"","u":""}}],"r":"websocket"})"));
@@ -225,9 +225,9 @@ void TestTerminalCommandGeneration::getLeavesValueAndUnitOut()
     type("lineEdit", QStringLiteral("0"));
     type("valueEdit", QStringLiteral("12"));
     type("unitEdit", QStringLiteral("V"));
-    m_fixture->observer.clear();
+    fixture->observer.clear();
     QTest::mouseClick(child<QPushButton>("getButton"), Qt::LeftButton);
-    QCOMPARE(m_fixture->observer.events().size(), std::size_t{1});
+    QCOMPARE(fixture->observer.events().size(), std::size_t{1});
     QCOMPARE(request(),
              QStringLiteral(R"({"i":"<session_id>","t":"request","c":[{"c":"getItem","p":{"p":{"l":"0",)"
                             R"("a":"4","c":"1"},"i":"Channel.x","v":"","u":""}}],"r":"websocket"})"));
@@ -238,9 +238,9 @@ void TestTerminalCommandGeneration::setSendsValueAndUnit()
     type("addressEdit", QStringLiteral("1000"));
     type("valueEdit", QStringLiteral("12.5"));
     type("unitEdit", QStringLiteral("%/s"));
-    m_fixture->observer.clear();
+    fixture->observer.clear();
     QTest::mouseClick(child<QPushButton>("setButton"), Qt::LeftButton);
-    QCOMPARE(m_fixture->observer.events().size(), std::size_t{1});
+    QCOMPARE(fixture->observer.events().size(), std::size_t{1});
     QCOMPARE(request(),
              QStringLiteral(R"({"i":"<session_id>","t":"request","c":[{"c":"setItem","p":{"p":{"l":"",)"
                             R"("a":"1000","c":""},"i":"Crate.x","v":"12.5","u":"%/s"}}],"r":"websocket"})"));
@@ -267,7 +267,7 @@ void TestTerminalCommandGeneration::theControllerIsNotPartOfTheRequest()
     controllers->addItem(QStringLiteral("Shown"), QStringLiteral("connection"));
     controllers->setCurrentIndex(1);
     QTest::mouseClick(child<QPushButton>("getButton"), Qt::LeftButton);
-    QCOMPARE(m_fixture->observer.eventsOf(KD::Request).size(), std::size_t{2});
+    QCOMPARE(fixture->observer.eventsOf(KD::Request).size(), std::size_t{2});
     QCOMPARE(request(), before);
 }
 
@@ -327,12 +327,12 @@ void TestTerminalCommandGeneration::typedNumbersDoNotEnterTheAddress()
     id.line = 1;
     id.address = 5;
     id.channel = 2;
-    m_panel->setItemId(id);
-    m_fixture->backend.clearCalls();
+    panel->setItemId(id);
+    fixture->backend.clearCalls();
     child<QLineEdit>("lineEdit")->setText(QStringLiteral("3"));
     child<QLineEdit>("addressEdit")->setText(QStringLiteral("7"));
     type("channelEdit", QString());
-    const QVector<RecordedCall> calls = m_fixture->backend.callsOf(QStringLiteral("itemNames"));
+    const QVector<RecordedCall> calls = fixture->backend.callsOf(QStringLiteral("itemNames"));
     QCOMPARE(calls.size(), 1);
     QCOMPARE(calls.constFirst().arguments.at(0), QStringLiteral("first:1.5"));
     QCOMPARE(calls.constFirst().arguments.at(1), QString::number(OrbItemId::Module));
@@ -352,7 +352,7 @@ void TestTerminalCommandGeneration::eachFieldEndsItsEditing()
     QTest::keyClick(child<QLineEdit>(QTest::currentDataTag()), Qt::Key_5);
     QCOMPARE(namesAskedFor(), 0); // not while typing
     QTest::keyClick(child<QLineEdit>(QTest::currentDataTag()), Qt::Key_Return);
-    const QVector<RecordedCall> calls = m_fixture->backend.callsOf(QStringLiteral("itemNames"));
+    const QVector<RecordedCall> calls = fixture->backend.callsOf(QStringLiteral("itemNames"));
     QCOMPARE(calls.size(), 1);
     QCOMPARE(calls.constFirst().arguments.at(1), QString::number(level));
 }
@@ -403,7 +403,7 @@ void TestTerminalCommandGeneration::aLineThatWasSetIsStoredUnchanged()
 {
     OrbItemId line(OrbItemId::Line);
     line.line = 1;
-    m_panel->setItemId(line);
+    panel->setItemId(line);
     QCOMPARE(namesAskedFor(), 1);
     QCOMPARE(child<QLabel>("itemLabel")->text(), QStringLiteral("System Item"));
     child<QLineEdit>("valueEdit")->setText(QStringLiteral("12"));
@@ -412,7 +412,7 @@ void TestTerminalCommandGeneration::aLineThatWasSetIsStoredUnchanged()
     QCOMPARE(namesAskedFor(), 1);
     QCOMPARE(child<QLineEdit>("valueEdit")->text(), QStringLiteral("12"));
 
-    m_panel->setItemId(line);
+    panel->setItemId(line);
     QCOMPARE(namesAskedFor(), 1);
 
     type("lineEdit", QString()); // the system, which is not what is stored
@@ -423,7 +423,7 @@ void TestTerminalCommandGeneration::aLineThatWasSetIsStoredUnchanged()
 void TestTerminalCommandGeneration::allItemsAreAskedFor()
 {
     type("channelEdit", QStringLiteral("1"));
-    QCOMPARE(m_fixture->backend.callsOf(QStringLiteral("itemNames")).constFirst().arguments.at(2),
+    QCOMPARE(fixture->backend.callsOf(QStringLiteral("itemNames")).constFirst().arguments.at(2),
              QStringLiteral("all"));
 }
 
@@ -447,7 +447,7 @@ void TestTerminalCommandGeneration::namesAreSorted()
 {
     QFETCH(QString, given);
     QFETCH(QString, expected);
-    m_fixture->backend.setItemNames(OrbItemId::Module, given.split(QLatin1Char(' ')).toVector());
+    fixture->backend.setItemNames(OrbItemId::Module, given.split(QLatin1Char(' ')).toVector());
     type("addressEdit", QStringLiteral("4"));
     QCOMPARE(offeredItems(), expected.split(QLatin1Char(' ')));
     QCOMPARE(child<QComboBox>("itemBox")->currentIndex(), 0);
@@ -459,16 +459,16 @@ void TestTerminalCommandGeneration::namesAreTakenWhateverTheResultSays()
     backend.setItemNames(OrbItemId::Module, {QStringLiteral("Status.x")});
     DlDataAccess dataAccess(backend);
     KdMainData mainData(&dataAccess);
-    m_panel = std::make_unique<TerminalCommandGeneration>(nullptr, mainData, m_fixture->observer);
+    panel = std::make_unique<TerminalCommandGeneration>(nullptr, mainData, fixture->observer);
     type("addressEdit", QStringLiteral("4"));
     const QStringList items = offeredItems();
-    m_panel.reset();
+    panel.reset();
     QCOMPARE(items, QStringList{QStringLiteral("Status.x")});
 }
 
 void TestTerminalCommandGeneration::noNamesLeaveTheListEmpty()
 {
-    m_fixture->backend.setItemNames(OrbItemId::Module, {});
+    fixture->backend.setItemNames(OrbItemId::Module, {});
     type("addressEdit", QStringLiteral("4"));
     QCOMPARE(offeredItems(), QStringList());
     QTest::mouseClick(child<QPushButton>("getButton"), Qt::LeftButton);
@@ -484,11 +484,10 @@ void TestTerminalCommandGeneration::thousandsOfNames()
         names.prepend(QStringLiteral("Status.item%1").arg(i, 5, 10, QLatin1Char('0')));
         expected.append(names.constFirst());
     }
-    m_fixture->backend.setItemNames(OrbItemId::Channel, names);
-    m_panel->show();
+    fixture->backend.setItemNames(OrbItemId::Channel, names);
+    panel->show();
     type("channelEdit", QStringLiteral("1"));
     QCOMPARE(offeredItems(), expected);
-    m_panel->resize(m_panel->sizeHint());
 }
 
 QTEST_MAIN(TestTerminalCommandGeneration)

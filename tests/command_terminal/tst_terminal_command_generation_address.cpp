@@ -11,8 +11,8 @@ class TestTerminalCommandGenerationAddress : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { m_bench = std::make_unique<CommandFormBench>(); }
-    void cleanup() { m_bench.reset(); }
+    void init() { bench = std::make_unique<CommandFormBench>(); }
+    void cleanup() { bench.reset(); }
 
     void numbersByLevel_data();
     void numbersByLevel();
@@ -29,7 +29,7 @@ private Q_SLOTS:
     void anIdentifierWithoutAPlace();
 
 private:
-    std::unique_ptr<CommandFormBench> m_bench;
+    std::unique_ptr<CommandFormBench> bench;
 };
 
 void TestTerminalCommandGenerationAddress::numbersByLevel_data()
@@ -58,10 +58,10 @@ void TestTerminalCommandGenerationAddress::numbersByLevel()
     id.line = 4294967295U;
     id.address = 4294967294U;
     id.channel = 7;
-    m_bench->form->setItemId(id);
-    QTEST(m_bench->text("lineEdit"), "line");
-    QTEST(m_bench->text("addressEdit"), "address");
-    QTEST(m_bench->text("channelEdit"), "channel");
+    bench->form->setItemId(id);
+    QTEST(bench->text("lineEdit"), "line");
+    QTEST(bench->text("addressEdit"), "address");
+    QTEST(bench->text("channelEdit"), "channel");
 }
 
 void TestTerminalCommandGenerationAddress::captionAndItemsByLevel_data()
@@ -83,10 +83,10 @@ void TestTerminalCommandGenerationAddress::captionAndItemsByLevel()
 {
     QFETCH(int, level);
     for (int i = 1; i <= 7; ++i)
-        m_bench->backend.setItemNames(static_cast<OrbItemId::Type>(i), {QStringLiteral("of %1").arg(i)});
-    m_bench->form->setItemId(OrbItemId(static_cast<OrbItemId::Type>(level)));
-    QTEST(m_bench->caption(), "caption");
-    const auto *items = m_bench->items();
+        bench->backend.setItemNames(static_cast<OrbItemId::Type>(i), {QStringLiteral("of %1").arg(i)});
+    bench->form->setItemId(OrbItemId(static_cast<OrbItemId::Type>(level)));
+    QTEST(bench->caption(), "caption");
+    const auto *items = bench->items();
     QCOMPARE(items->count(), 1);
     QTEST(items->currentText(), "item");
 }
@@ -95,16 +95,16 @@ void TestTerminalCommandGenerationAddress::numbersOfTheIdentifierBefore()
 {
     OrbItemId channel(OrbItemId::Channel);
     channel.channel = 3;
-    m_bench->form->setItemId(channel);
-    QCOMPARE(m_bench->text("lineEdit"), QStringLiteral("0"));
-    QCOMPARE(m_bench->text("addressEdit"), QStringLiteral("0"));
-    QCOMPARE(m_bench->text("channelEdit"), QStringLiteral("3"));
-    m_bench->form->setItemId(OrbItemId(OrbItemId::Line));
-    QCOMPARE(m_bench->text("lineEdit"), QStringLiteral("0"));
-    QCOMPARE(m_bench->text("addressEdit"), QString());
-    QCOMPARE(m_bench->text("channelEdit"), QString());
-    m_bench->form->setItemId(OrbItemId(OrbItemId::System));
-    QCOMPARE(m_bench->text("lineEdit"), QString());
+    bench->form->setItemId(channel);
+    QCOMPARE(bench->text("lineEdit"), QStringLiteral("0"));
+    QCOMPARE(bench->text("addressEdit"), QStringLiteral("0"));
+    QCOMPARE(bench->text("channelEdit"), QStringLiteral("3"));
+    bench->form->setItemId(OrbItemId(OrbItemId::Line));
+    QCOMPARE(bench->text("lineEdit"), QStringLiteral("0"));
+    QCOMPARE(bench->text("addressEdit"), QString());
+    QCOMPARE(bench->text("channelEdit"), QString());
+    bench->form->setItemId(OrbItemId(OrbItemId::System));
+    QCOMPARE(bench->text("lineEdit"), QString());
 }
 
 void TestTerminalCommandGenerationAddress::theControllerOfTheIdentifierIsSelected_data()
@@ -123,26 +123,26 @@ void TestTerminalCommandGenerationAddress::theControllerOfTheIdentifierIsSelecte
 void TestTerminalCommandGenerationAddress::theControllerOfTheIdentifierIsSelected()
 {
     QFETCH(QString, read);
-    m_bench->changeStructure();
-    m_bench->controllers()->setCurrentIndex(1); // what was selected before does not count
-    m_bench->backend.setItem(QStringLiteral("c1"), QStringLiteral("Status.controllerName"),
-                             {read, {}, QStringLiteral("string"), 0});
+    bench->changeStructure();
+    bench->controllers()->setCurrentIndex(1); // what was selected before does not count
+    bench->backend.setItem(QStringLiteral("c1"), QStringLiteral("Status.controllerName"),
+                           {read, {}, QStringLiteral("string"), 0});
     OrbItemId id(OrbItemId::Module);
     id.connection = 1;
-    m_bench->form->setItemId(id);
-    QTEST(m_bench->controllers()->currentText(), "selected");
-    QCOMPARE(m_bench->controllers()->count(), 3);
+    bench->form->setItemId(id);
+    QTEST(bench->controllers()->currentText(), "selected");
+    QCOMPARE(bench->controllers()->count(), 3);
 }
 
 void TestTerminalCommandGenerationAddress::theLastEventNamesTheConnection()
 {
-    m_bench->setReading("c1", "Status.controllerName", QStringLiteral("South"));
-    m_bench->setReading("c1", "Status.connectionName", QStringLiteral("as read"));
+    bench->setReading("c1", "Status.controllerName", QStringLiteral("South"));
+    bench->setReading("c1", "Status.connectionName", QStringLiteral("as read"));
     OrbItemId id(OrbItemId::Channel);
     id.connection = 1;
-    m_bench->form->setItemId(id);
-    QCOMPARE(m_bench->observer.types().back(), quint32{259});
-    QCOMPARE(m_bench->lastChosen(), (QStringList{QStringLiteral("c2"), QStringLiteral("as read")}));
+    bench->form->setItemId(id);
+    QCOMPARE(bench->observer.types().back(), quint32{259});
+    QCOMPARE(bench->lastChosen(), (QStringList{QStringLiteral("c2"), QStringLiteral("as read")}));
 }
 
 void TestTerminalCommandGenerationAddress::systemItemsAreReadForTheConnectionOfTheIdentifier_data()
@@ -161,17 +161,17 @@ void TestTerminalCommandGenerationAddress::systemItemsAreReadForTheConnectionOfT
     QFETCH(QString, name);
     const auto listed = CommandFormBench::threeControllers();
     for (const auto &[connection, display] : listed)
-        m_bench->backend.setItem(connection, QStringLiteral("Status.controllerName"), {display, {}, {}, 0});
+        bench->backend.setItem(connection, QStringLiteral("Status.controllerName"), {display, {}, {}, 0});
     OrbItemId id(OrbItemId::Channel);
     id.connection = index;
     id.connectionName = name;
     id.line = 1;
     id.address = 2;
     id.channel = 3;
-    m_bench->form->setItemId(id);
-    QTEST(m_bench->controllers()->currentText(), "expected");
+    bench->form->setItemId(id);
+    QTEST(bench->controllers()->currentText(), "expected");
     // Of the system, not of the channel.
-    const QVector<RecordedCall> reads = m_bench->backend.callsOf(QStringLiteral("readItem"));
+    const QVector<RecordedCall> reads = bench->backend.callsOf(QStringLiteral("readItem"));
     QCOMPARE(reads.size(), 2);
     QCOMPARE(reads.at(0).arguments.constFirst(), name + QStringLiteral(":Status.controllerName"));
     QCOMPARE(reads.at(1).arguments.constFirst(), name + QStringLiteral(":Status.connectionName"));
@@ -179,13 +179,13 @@ void TestTerminalCommandGenerationAddress::systemItemsAreReadForTheConnectionOfT
 
 void TestTerminalCommandGenerationAddress::anIdentifierWithoutControllers()
 {
-    m_bench->changeStructure();
-    m_bench->backend.setControllers({});
-    m_bench->observer.clear();
-    m_bench->form->setItemId(OrbItemId(OrbItemId::System));
-    QCOMPARE(m_bench->listed(), QStringList{QStringLiteral("No connection")});
-    QVERIFY(!m_bench->controllers()->currentData().isValid());
-    QCOMPARE(m_bench->chosen().constLast(), QString());
+    bench->changeStructure();
+    bench->backend.setControllers({});
+    bench->observer.clear();
+    bench->form->setItemId(OrbItemId(OrbItemId::System));
+    QCOMPARE(bench->listed(), QStringList{QStringLiteral("No connection")});
+    QVERIFY(!bench->controllers()->currentData().isValid());
+    QCOMPARE(bench->chosen().constLast(), QString());
 }
 
 void TestTerminalCommandGenerationAddress::anIdentifierOfAVanishedConnection()
@@ -193,18 +193,18 @@ void TestTerminalCommandGenerationAddress::anIdentifierOfAVanishedConnection()
     OrbItemId id(OrbItemId::Channel);
     id.connection = 99;
     id.channel = 1;
-    m_bench->form->setItemId(id);
-    QCOMPARE(m_bench->controllers()->currentText(), QStringLiteral("North"));
-    QCOMPARE(m_bench->text("channelEdit"), QStringLiteral("1"));
-    QCOMPARE(m_bench->chosen().constLast(), QString());
+    bench->form->setItemId(id);
+    QCOMPARE(bench->controllers()->currentText(), QStringLiteral("North"));
+    QCOMPARE(bench->text("channelEdit"), QStringLiteral("1"));
+    QCOMPARE(bench->chosen().constLast(), QString());
 }
 
 void TestTerminalCommandGenerationAddress::anIdentifierWithoutAPlace()
 {
-    m_bench->form->setItemId(OrbItemId());
-    QCOMPARE(m_bench->calls("itemNames"), 0); // as the form's own, at the beginning
-    QCOMPARE(m_bench->text("lineEdit"), QString());
-    QCOMPARE(m_bench->chosen().constLast(), QString());
+    bench->form->setItemId(OrbItemId());
+    QCOMPARE(bench->calls("itemNames"), 0); // as the form's own, at the beginning
+    QCOMPARE(bench->text("lineEdit"), QString());
+    QCOMPARE(bench->chosen().constLast(), QString());
 }
 
 QTEST_MAIN(TestTerminalCommandGenerationAddress)

@@ -14,7 +14,7 @@
 #include <memory>
 
 /// The word before the cursor, the popup that completes it, and what closes it.
-class TstTerminalConsoleCompletion : public QObject
+class TestTerminalConsoleCompletion : public QObject
 {
     Q_OBJECT
 
@@ -58,7 +58,7 @@ private:
     QLineEdit *elsewhere = nullptr; // owned by the window
 };
 
-void TstTerminalConsoleCompletion::init()
+void TestTerminalConsoleCompletion::init()
 {
     host = std::make_unique<TerminalFixture>();
     window = std::make_unique<QWidget>();
@@ -75,14 +75,14 @@ void TstTerminalConsoleCompletion::init()
     QVERIFY(console->hasFocus());
 }
 
-void TstTerminalConsoleCompletion::cleanup()
+void TestTerminalConsoleCompletion::cleanup()
 {
     window.reset();
     host.reset();
 }
 
 /// A word is typed and the popup is open below it.
-void TstTerminalConsoleCompletion::complete()
+void TestTerminalConsoleCompletion::complete()
 {
     console->candidates = QStringList{QStringLiteral("getItem"), QStringLiteral("getStatus")};
     console->type(QStringLiteral("get"));
@@ -90,7 +90,7 @@ void TstTerminalConsoleCompletion::complete()
     QCOMPARE(console->completionStart, console->promptEnd);
 }
 
-void TstTerminalConsoleCompletion::giveFocusToPopup()
+void TestTerminalConsoleCompletion::giveFocusToPopup()
 {
     // As a window system would that gives a popup the focus all the same.
     console->completer->findChild<QWidget *>()->setFocus();
@@ -99,12 +99,12 @@ void TstTerminalConsoleCompletion::giveFocusToPopup()
     QVERIFY(!console->hasFocus());
 }
 
-QList<QAbstractEventDispatcher::TimerInfo> TstTerminalConsoleCompletion::watchTimers() const
+QList<QAbstractEventDispatcher::TimerInfo> TestTerminalConsoleCompletion::watchTimers() const
 {
     return QAbstractEventDispatcher::instance()->registeredTimers(console);
 }
 
-void TstTerminalConsoleCompletion::asksWithTheWordBeforeTheCursor_data()
+void TestTerminalConsoleCompletion::asksWithTheWordBeforeTheCursor_data()
 {
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QStringList>("requested");
@@ -125,7 +125,7 @@ void TstTerminalConsoleCompletion::asksWithTheWordBeforeTheCursor_data()
         << QStringLiteral("a(b") << QStringList{QStringLiteral("a"), QString(), QStringLiteral("b")} << 2;
 }
 
-void TstTerminalConsoleCompletion::asksWithTheWordBeforeTheCursor()
+void TestTerminalConsoleCompletion::asksWithTheWordBeforeTheCursor()
 {
     QFETCH(QString, typed);
     QFETCH(QStringList, requested);
@@ -136,7 +136,7 @@ void TstTerminalConsoleCompletion::asksWithTheWordBeforeTheCursor()
     QCOMPARE(console->completionStart, console->promptEnd + start);
 }
 
-void TstTerminalConsoleCompletion::asksWithNothingBeforeTheInput()
+void TestTerminalConsoleCompletion::asksWithNothingBeforeTheInput()
 {
     console->type(QStringLiteral("get"));
     for (const int position : {console->promptEnd, 1, 0}) {
@@ -148,7 +148,7 @@ void TstTerminalConsoleCompletion::asksWithNothingBeforeTheInput()
     }
 }
 
-void TstTerminalConsoleCompletion::acceptReplacesTheWord_data()
+void TestTerminalConsoleCompletion::acceptReplacesTheWord_data()
 {
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("input");
@@ -160,7 +160,7 @@ void TstTerminalConsoleCompletion::acceptReplacesTheWord_data()
     QTest::newRow("nothing typed") << QString() << QStringLiteral("getItem");
 }
 
-void TstTerminalConsoleCompletion::acceptReplacesTheWord()
+void TestTerminalConsoleCompletion::acceptReplacesTheWord()
 {
     QFETCH(QString, typed);
     console->type(typed);
@@ -173,7 +173,7 @@ void TstTerminalConsoleCompletion::acceptReplacesTheWord()
     QCOMPARE(console->completionStart, -1);
 }
 
-void TstTerminalConsoleCompletion::acceptKeepsTextBehindTheCursor()
+void TestTerminalConsoleCompletion::acceptKeepsTextBehindTheCursor()
 {
     console->type(QStringLiteral("a ge end"));
     console->moveTo(console->promptEnd + 4);
@@ -184,7 +184,7 @@ void TstTerminalConsoleCompletion::acceptKeepsTextBehindTheCursor()
     QVERIFY(console->executed.isEmpty());
 }
 
-void TstTerminalConsoleCompletion::acceptBeforeTheInputOnlyCloses_data()
+void TestTerminalConsoleCompletion::acceptBeforeTheInputOnlyCloses_data()
 {
     QTest::addColumn<int>("position");
     QTest::addColumn<int>("promptEnd");
@@ -193,7 +193,7 @@ void TstTerminalConsoleCompletion::acceptBeforeTheInputOnlyCloses_data()
     QTest::newRow("at the very start") << 0 << 0;
 }
 
-void TstTerminalConsoleCompletion::acceptBeforeTheInputOnlyCloses()
+void TestTerminalConsoleCompletion::acceptBeforeTheInputOnlyCloses()
 {
     QFETCH(int, position);
     QFETCH(int, promptEnd);
@@ -207,7 +207,7 @@ void TstTerminalConsoleCompletion::acceptBeforeTheInputOnlyCloses()
     QCOMPARE(console->completionStart, -1);
 }
 
-void TstTerminalConsoleCompletion::acceptWithoutEntryRemovesTheWord()
+void TestTerminalConsoleCompletion::acceptWithoutEntryRemovesTheWord()
 {
     console->type(QStringLiteral("get it"));
     console->completer->show();
@@ -217,7 +217,7 @@ void TstTerminalConsoleCompletion::acceptWithoutEntryRemovesTheWord()
     QVERIFY(!console->isPopupOpen());
 }
 
-void TstTerminalConsoleCompletion::showPassesCandidatesOn()
+void TestTerminalConsoleCompletion::showPassesCandidatesOn()
 {
     console->showCompletions({QStringLiteral("b"), QStringLiteral("a")});
     QVERIFY(console->isPopupOpen());
@@ -231,7 +231,7 @@ void TstTerminalConsoleCompletion::showPassesCandidatesOn()
 
 // Where the popup stands
 
-void TstTerminalConsoleCompletion::popupStandsBelowTheWord_data()
+void TestTerminalConsoleCompletion::popupStandsBelowTheWord_data()
 {
     QTest::addColumn<QString>("earlier");
     QTest::addColumn<QString>("typed");
@@ -244,7 +244,7 @@ void TstTerminalConsoleCompletion::popupStandsBelowTheWord_data()
                               << Qt::Key_T;
 }
 
-void TstTerminalConsoleCompletion::popupStandsBelowTheWord()
+void TestTerminalConsoleCompletion::popupStandsBelowTheWord()
 {
     QFETCH(QString, earlier);
     QFETCH(QString, typed);
@@ -261,7 +261,7 @@ void TstTerminalConsoleCompletion::popupStandsBelowTheWord()
     QVERIFY(expected != QPoint(1, 1));
 }
 
-void TstTerminalConsoleCompletion::popupStandsWithinTheText()
+void TestTerminalConsoleCompletion::popupStandsWithinTheText()
 {
     // An older command that is shorter than what is being completed.
     console->enterLine(QStringLiteral("a"));
@@ -273,7 +273,7 @@ void TstTerminalConsoleCompletion::popupStandsWithinTheText()
              console->viewport()->mapToGlobal(QPoint(corner.x(), corner.y() + 10)));
 }
 
-void TstTerminalConsoleCompletion::popupStaysWithoutCompletion()
+void TestTerminalConsoleCompletion::popupStaysWithoutCompletion()
 {
     complete();
     console->completer->move(1, 1);
@@ -282,7 +282,7 @@ void TstTerminalConsoleCompletion::popupStaysWithoutCompletion()
     QCOMPARE(console->completer->pos(), QPoint(1, 1));
 }
 
-void TstTerminalConsoleCompletion::popupFollowsOutputAboveThePrompt()
+void TestTerminalConsoleCompletion::popupFollowsOutputAboveThePrompt()
 {
     complete();
     console->printErrorAbovePrompt(QStringLiteral("one\ntwo"));
@@ -300,7 +300,7 @@ void TstTerminalConsoleCompletion::popupFollowsOutputAboveThePrompt()
 using Action = std::function<void(ProbeConsole &)>;
 Q_DECLARE_METATYPE(Action)
 
-void TstTerminalConsoleCompletion::mouseAndGeometryClose_data()
+void TestTerminalConsoleCompletion::mouseAndGeometryClose_data()
 {
     QTest::addColumn<Action>("act");
     QTest::addColumn<bool>("open");
@@ -323,7 +323,7 @@ void TstTerminalConsoleCompletion::mouseAndGeometryClose_data()
     }) << true;
 }
 
-void TstTerminalConsoleCompletion::mouseAndGeometryClose()
+void TestTerminalConsoleCompletion::mouseAndGeometryClose()
 {
     QFETCH(Action, act);
     QFETCH(bool, open);
@@ -336,7 +336,7 @@ void TstTerminalConsoleCompletion::mouseAndGeometryClose()
     QCOMPARE(console->cursorInInput(), 3);
 }
 
-void TstTerminalConsoleCompletion::hideCompletionEndsTheWatch()
+void TestTerminalConsoleCompletion::hideCompletionEndsTheWatch()
 {
     complete();
     giveFocusToPopup();
@@ -348,7 +348,7 @@ void TstTerminalConsoleCompletion::hideCompletionEndsTheWatch()
     QCOMPARE(console->completionStart, -1);
 }
 
-void TstTerminalConsoleCompletion::losingTheFocusCloses()
+void TestTerminalConsoleCompletion::losingTheFocusCloses()
 {
     complete();
     elsewhere->setFocus();
@@ -358,7 +358,7 @@ void TstTerminalConsoleCompletion::losingTheFocusCloses()
     QVERIFY(watchTimers().isEmpty());
 }
 
-void TstTerminalConsoleCompletion::losingTheFocusToThePopupStartsTheWatch()
+void TestTerminalConsoleCompletion::losingTheFocusToThePopupStartsTheWatch()
 {
     complete();
     giveFocusToPopup();
@@ -376,7 +376,7 @@ void TstTerminalConsoleCompletion::losingTheFocusToThePopupStartsTheWatch()
     QVERIFY(console->timerId != 0);
 }
 
-void TstTerminalConsoleCompletion::watchEndsWhenTheConsoleHasTheFocusAgain()
+void TestTerminalConsoleCompletion::watchEndsWhenTheConsoleHasTheFocusAgain()
 {
     complete();
     giveFocusToPopup();
@@ -391,7 +391,7 @@ void TstTerminalConsoleCompletion::watchEndsWhenTheConsoleHasTheFocusAgain()
     QCOMPARE(console->input(), QStringLiteral("getItem"));
 }
 
-void TstTerminalConsoleCompletion::watchClosesWhenTheFocusIsElsewhere()
+void TestTerminalConsoleCompletion::watchClosesWhenTheFocusIsElsewhere()
 {
     complete();
     giveFocusToPopup();
@@ -404,6 +404,6 @@ void TstTerminalConsoleCompletion::watchClosesWhenTheFocusIsElsewhere()
     QCOMPARE(console->completionStart, -1);
 }
 
-QTEST_MAIN(TstTerminalConsoleCompletion)
+QTEST_MAIN(TestTerminalConsoleCompletion)
 
 #include "tst_terminal_console_completion.moc"

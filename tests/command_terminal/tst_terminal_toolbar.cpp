@@ -59,29 +59,29 @@ private Q_SLOTS:
     void savingStaysDisabledThroughTheModes();
 
 private:
-    QAction *action(int position) const { return m_toolbar->actions().at(position); }
+    QAction *action(int position) const { return toolbar->actions().at(position); }
 
-    std::unique_ptr<TerminalFixture> m_fixture;
-    std::unique_ptr<TerminalToolbar> m_toolbar;
+    std::unique_ptr<TerminalFixture> fixture;
+    std::unique_ptr<TerminalToolbar> toolbar;
 };
 
 void TestTerminalToolbar::init()
 {
-    m_fixture = std::make_unique<TerminalFixture>();
-    m_toolbar = std::make_unique<TerminalToolbar>(nullptr, m_fixture->mainData, m_fixture->observer);
+    fixture = std::make_unique<TerminalFixture>();
+    toolbar = std::make_unique<TerminalToolbar>(nullptr, fixture->mainData, fixture->observer);
 }
 
 void TestTerminalToolbar::cleanup()
 {
-    m_toolbar.reset();
-    m_fixture.reset();
+    toolbar.reset();
+    fixture.reset();
 }
 
 void TestTerminalToolbar::placement()
 {
-    QCOMPARE(m_toolbar->orientation(), Qt::Vertical);
-    QVERIFY(!m_toolbar->isMovable());
-    QCOMPARE(m_toolbar->actions().size(), 6);
+    QCOMPARE(toolbar->orientation(), Qt::Vertical);
+    QVERIFY(!toolbar->isMovable());
+    QCOMPARE(toolbar->actions().size(), 6);
 }
 
 void TestTerminalToolbar::actions_data()
@@ -107,7 +107,7 @@ void TestTerminalToolbar::actions()
     QTEST(action(position)->isCheckable(), "checkable");
     QVERIFY(!action(position)->icon().isNull());
     QCOMPARE(pictureOf(action(position)->icon()),
-             pictureOf(m_fixture->mainData.getIcon(static_cast<KD::IconType>(icon))));
+             pictureOf(fixture->mainData.getIcon(static_cast<KD::IconType>(icon))));
 }
 
 // Without it the comparison with the host's icons would tell nothing.
@@ -122,9 +122,9 @@ void TestTerminalToolbar::iconsDiffer()
 void TestTerminalToolbar::textsArePlainAndToolTipsTranslated()
 {
     const ContextTranslator translator;
-    const TerminalToolbar toolbar(nullptr, m_fixture->mainData, m_fixture->observer);
+    const TerminalToolbar other(nullptr, fixture->mainData, fixture->observer);
     for (int i = 0; i < 6; ++i) {
-        const QAction *translated = toolbar.actions().at(i);
+        const QAction *translated = other.actions().at(i);
         QCOMPARE(translated->text(), action(i)->text());
         QVERIFY2(translated->toolTip().startsWith(QLatin1String("[TerminalToolbar]")),
                  qPrintable(translated->toolTip()));
@@ -161,13 +161,13 @@ void TestTerminalToolbar::eachActionReportsItsEvent()
     QFETCH(int, position);
     QFETCH(uint, event);
     // Pressed as a user does it: by the button that stands for the action, in the mode in which it is there.
-    m_toolbar->setTerminalMode();
+    toolbar->setTerminalMode();
     if (position != ShowEditor && position != ClearTerminal)
-        m_toolbar->setEditorMode();
-    m_toolbar->show();
-    QTest::mouseClick(m_toolbar->widgetForAction(action(position)), Qt::LeftButton);
+        toolbar->setEditorMode();
+    toolbar->show();
+    QTest::mouseClick(toolbar->widgetForAction(action(position)), Qt::LeftButton);
 
-    const std::vector<KdChildEvent> &events = m_fixture->observer.events();
+    const std::vector<KdChildEvent> &events = fixture->observer.events();
     QCOMPARE(events.size(), std::size_t{1});
     QCOMPARE(quint32{events.front().type}, event);
     QVERIFY(events.front().intArguments.isEmpty());
@@ -176,19 +176,19 @@ void TestTerminalToolbar::eachActionReportsItsEvent()
 
 void TestTerminalToolbar::theDataAreReadAsUnsigned()
 {
-    QAction *added = m_toolbar->addAction(QStringLiteral("another"));
+    QAction *added = toolbar->addAction(QStringLiteral("another"));
     added->setData(4294967295U);
     added->trigger();
-    QCOMPARE(m_fixture->observer.types(), std::vector<quint32>{4294967295U});
+    QCOMPARE(fixture->observer.types(), std::vector<quint32>{4294967295U});
 }
 
 void TestTerminalToolbar::theActionsOwnStateDoesNotReport()
 {
-    m_toolbar->setEditorMode();
-    m_toolbar->setTerminalMode();
-    m_toolbar->setSaveEnabled(false);
-    m_toolbar->setSaveEnabled(true);
-    QVERIFY(m_fixture->observer.events().empty());
+    toolbar->setEditorMode();
+    toolbar->setTerminalMode();
+    toolbar->setSaveEnabled(false);
+    toolbar->setSaveEnabled(true);
+    QVERIFY(fixture->observer.events().empty());
 }
 
 void TestTerminalToolbar::iconSize_data()
@@ -208,10 +208,10 @@ void TestTerminalToolbar::iconSize()
     QFETCH(double, factor);
     const QSize usual = QToolBar().iconSize();
     QVERIFY(usual.width() > 16);
-    m_fixture->mainData.setToolbarIconScaleFactor(factor);
-    const TerminalToolbar toolbar(nullptr, m_fixture->mainData, m_fixture->observer);
+    fixture->mainData.setToolbarIconScaleFactor(factor);
+    const TerminalToolbar other(nullptr, fixture->mainData, fixture->observer);
     const QSize scaled(static_cast<int>(usual.width() * factor), static_cast<int>(usual.height() * factor));
-    QCOMPARE(toolbar.iconSize(), scaled.width() < 16 ? QSize(16, 16) : scaled);
+    QCOMPARE(other.iconSize(), scaled.width() < 16 ? QSize(16, 16) : scaled);
 }
 
 void TestTerminalToolbar::modes_data()
@@ -225,8 +225,8 @@ void TestTerminalToolbar::modes()
 {
     QFETCH(bool, terminal);
     // From the other mode, so that nothing is as it is by chance.
-    terminal ? m_toolbar->setEditorMode() : m_toolbar->setTerminalMode();
-    terminal ? m_toolbar->setTerminalMode() : m_toolbar->setEditorMode();
+    terminal ? toolbar->setEditorMode() : toolbar->setTerminalMode();
+    terminal ? toolbar->setTerminalMode() : toolbar->setEditorMode();
 
     QCOMPARE(action(ShowTerminal)->isEnabled(), !terminal);
     QCOMPARE(action(ShowTerminal)->isChecked(), terminal);
@@ -242,33 +242,33 @@ void TestTerminalToolbar::modes()
 
 void TestTerminalToolbar::aModeCanBeSetAgain()
 {
-    m_toolbar->setEditorMode();
-    m_toolbar->setEditorMode();
+    toolbar->setEditorMode();
+    toolbar->setEditorMode();
     QVERIFY(action(ShowEditor)->isChecked());
     QVERIFY(!action(ShowTerminal)->isChecked());
-    m_toolbar->setTerminalMode();
-    m_toolbar->setTerminalMode();
+    toolbar->setTerminalMode();
+    toolbar->setTerminalMode();
     QVERIFY(action(ShowTerminal)->isChecked());
     QVERIFY(!action(ShowEditor)->isChecked());
 }
 
 void TestTerminalToolbar::saveIsEnabledAndDisabled()
 {
-    m_toolbar->setEditorMode();
-    m_toolbar->setSaveEnabled(false);
+    toolbar->setEditorMode();
+    toolbar->setSaveEnabled(false);
     QVERIFY(!action(SaveFile)->isEnabled());
     QVERIFY(action(OpenFile)->isEnabled());
     QVERIFY(action(ExecuteFile)->isEnabled());
-    m_toolbar->setSaveEnabled(true);
+    toolbar->setSaveEnabled(true);
     QVERIFY(action(SaveFile)->isEnabled());
 }
 
 void TestTerminalToolbar::savingStaysDisabledThroughTheModes()
 {
-    m_toolbar->setEditorMode();
-    m_toolbar->setSaveEnabled(false);
-    m_toolbar->setTerminalMode();
-    m_toolbar->setEditorMode();
+    toolbar->setEditorMode();
+    toolbar->setSaveEnabled(false);
+    toolbar->setTerminalMode();
+    toolbar->setEditorMode();
     QVERIFY(!action(SaveFile)->isEnabled());
     QVERIFY(action(SaveFile)->isVisible());
 }

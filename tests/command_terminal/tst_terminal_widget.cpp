@@ -76,61 +76,61 @@ private Q_SLOTS:
     void closedWhileARequestIsOut();
 
 private:
-    std::unique_ptr<TerminalWidgetBench> m_bench;
+    std::unique_ptr<TerminalWidgetBench> bench;
 };
 
 void TestTerminalWidget::init()
 {
-    m_bench = std::make_unique<TerminalWidgetBench>();
+    bench = std::make_unique<TerminalWidgetBench>();
 }
 
 void TestTerminalWidget::cleanup()
 {
-    m_bench.reset();
+    bench.reset();
 }
 
 // Construction
 
 void TestTerminalWidget::classAndInstance()
 {
-    QCOMPARE(m_bench->tool->getUniqueWidgetClassId(), 7U);
-    QCOMPARE(m_bench->tool->instance, 3U);
+    QCOMPARE(bench->tool->getUniqueWidgetClassId(), 7U);
+    QCOMPARE(bench->tool->instance, 3U);
 }
 
 void TestTerminalWidget::theOrderOfTheParts()
 {
     QObjectList parts;
     const QList<QWidget *> widgets =
-        m_bench->tool->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
+        bench->tool->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
     for (QWidget *widget : widgets)
         parts.append(widget);
-    QCOMPARE(parts, (QObjectList{m_bench->toolbar, m_bench->console, m_bench->editor, m_bench->panel}));
+    QCOMPARE(parts, (QObjectList{bench->toolbar, bench->console, bench->editor, bench->panel}));
 }
 
 void TestTerminalWidget::layout()
 {
-    const auto *row = qobject_cast<QHBoxLayout *>(m_bench->tool->layout());
+    const auto *row = qobject_cast<QHBoxLayout *>(bench->tool->layout());
     QVERIFY(row);
     QCOMPARE(row->count(), 2);
-    QCOMPARE(row->itemAt(0)->widget(), m_bench->toolbar);
+    QCOMPARE(row->itemAt(0)->widget(), bench->toolbar);
     const auto *column = qobject_cast<QVBoxLayout *>(row->itemAt(1)->layout());
     QVERIFY(column);
     QCOMPARE(column->count(), 3);
-    QCOMPARE(column->itemAt(0)->widget(), m_bench->panel);
-    QCOMPARE(column->itemAt(1)->widget(), m_bench->console);
-    QCOMPARE(column->itemAt(2)->widget(), m_bench->editor);
+    QCOMPARE(column->itemAt(0)->widget(), bench->panel);
+    QCOMPARE(column->itemAt(1)->widget(), bench->console);
+    QCOMPARE(column->itemAt(2)->widget(), bench->editor);
 }
 
 void TestTerminalWidget::beginsInTerminalMode()
 {
-    m_bench->window.show();
-    QVERIFY(m_bench->console->isVisible());
-    QVERIFY(!m_bench->editor->isVisible());
-    QVERIFY(m_bench->panel->isVisible());
-    QVERIFY(m_bench->toolbar->isVisible());
-    QVERIFY(m_bench->toolbarInTerminalMode());
-    QVERIFY(m_bench->tool->acceptDrops());
-    QVERIFY(m_bench->observer.events().empty());
+    bench->window.show();
+    QVERIFY(bench->console->isVisible());
+    QVERIFY(!bench->editor->isVisible());
+    QVERIFY(bench->panel->isVisible());
+    QVERIFY(bench->toolbar->isVisible());
+    QVERIFY(bench->toolbarInTerminalMode());
+    QVERIFY(bench->tool->acceptDrops());
+    QVERIFY(bench->observer.events().empty());
 }
 
 void TestTerminalWidget::menuPathIsTranslated()
@@ -147,16 +147,16 @@ void TestTerminalWidget::menuPathIsTranslated()
 
 void TestTerminalWidget::showEditorAndTerminal()
 {
-    m_bench->window.show();
-    m_bench->send(KD::ShowEditor);
-    QVERIFY(m_bench->editor->isVisible());
-    QVERIFY(!m_bench->console->isVisible());
-    QVERIFY(m_bench->panel->isVisible());
-    QVERIFY(m_bench->toolbarInEditorMode());
-    m_bench->send(KD::ShowTerminal);
-    QVERIFY(!m_bench->editor->isVisible());
-    QVERIFY(m_bench->console->isVisible());
-    QVERIFY(m_bench->toolbarInTerminalMode());
+    bench->window.show();
+    bench->send(KD::ShowEditor);
+    QVERIFY(bench->editor->isVisible());
+    QVERIFY(!bench->console->isVisible());
+    QVERIFY(bench->panel->isVisible());
+    QVERIFY(bench->toolbarInEditorMode());
+    bench->send(KD::ShowTerminal);
+    QVERIFY(!bench->editor->isVisible());
+    QVERIFY(bench->console->isVisible());
+    QVERIFY(bench->toolbarInTerminalMode());
 }
 
 void TestTerminalWidget::theToolbarReachesTheTool_data()
@@ -170,130 +170,130 @@ void TestTerminalWidget::theToolbarReachesTheTool_data()
 void TestTerminalWidget::theToolbarReachesTheTool()
 {
     QFETCH(QString, before);
-    m_bench->window.show();
+    bench->window.show();
     if (!before.isEmpty())
-        m_bench->action("Show Text Editor")->trigger();
-    m_bench->action(QTest::currentDataTag())->trigger();
-    QCOMPARE(m_bench->editor->isVisible(), before.isEmpty());
-    QCOMPARE(m_bench->console->isVisible(), !before.isEmpty());
-    QVERIFY(m_bench->observer.events().empty());
+        bench->action("Show Text Editor")->trigger();
+    bench->action(QTest::currentDataTag())->trigger();
+    QCOMPARE(bench->editor->isVisible(), before.isEmpty());
+    QCOMPARE(bench->console->isVisible(), !before.isEmpty());
+    QVERIFY(bench->observer.events().empty());
 }
 
 void TestTerminalWidget::openFileGoesToTheEditor()
 {
-    m_bench->window.show();
-    m_bench->send(KD::OpenFile);
-    const auto *dialog = m_bench->editor->findChild<QFileDialog *>();
+    bench->window.show();
+    bench->send(KD::OpenFile);
+    const auto *dialog = bench->editor->findChild<QFileDialog *>();
     QVERIFY(dialog);
     QCOMPARE(dialog->acceptMode(), QFileDialog::AcceptOpen);
 }
 
 void TestTerminalWidget::saveFileGoesToTheEditor()
 {
-    m_bench->window.show();
-    m_bench->send(KD::SaveFile);
-    const auto *dialog = m_bench->editor->findChild<QFileDialog *>();
+    bench->window.show();
+    bench->send(KD::SaveFile);
+    const auto *dialog = bench->editor->findChild<QFileDialog *>();
     QVERIFY(dialog);
     QCOMPARE(dialog->acceptMode(), QFileDialog::AcceptSave);
 }
 
 void TestTerminalWidget::executeFileRunsTheWholeText()
 {
-    m_bench->window.show();
-    m_bench->send(KD::ShowEditor);
-    m_bench->editor->setPlainText(QStringLiteral("# first\nrequest one\nrequest two\nnever run"));
-    m_bench->send(KD::ExecuteFile);
-    QVERIFY(m_bench->console->isVisible());
-    QVERIFY(!m_bench->editor->isVisible());
-    QVERIFY(m_bench->toolbarInTerminalMode());
-    QCOMPARE(m_bench->backend.requests(), QStringList{QStringLiteral("request one")});
-    m_bench->endWaiting();
-    QCOMPARE(m_bench->backend.requests().size(), 2);
-    m_bench->endWaiting();
-    QCOMPARE(m_bench->backend.requests(),
+    bench->window.show();
+    bench->send(KD::ShowEditor);
+    bench->editor->setPlainText(QStringLiteral("# first\nrequest one\nrequest two\nnever run"));
+    bench->send(KD::ExecuteFile);
+    QVERIFY(bench->console->isVisible());
+    QVERIFY(!bench->editor->isVisible());
+    QVERIFY(bench->toolbarInTerminalMode());
+    QCOMPARE(bench->backend.requests(), QStringList{QStringLiteral("request one")});
+    bench->endWaiting();
+    QCOMPARE(bench->backend.requests().size(), 2);
+    bench->endWaiting();
+    QCOMPARE(bench->backend.requests(),
              (QStringList{QStringLiteral("request one"), QStringLiteral("request two")}));
-    QCOMPARE(m_bench->editor->toPlainText(), QStringLiteral("# first\nrequest one\nrequest two\nnever run"));
+    QCOMPARE(bench->editor->toPlainText(), QStringLiteral("# first\nrequest one\nrequest two\nnever run"));
 }
 
 void TestTerminalWidget::executeFileWithAnEmptyEditor()
 {
-    m_bench->window.show();
-    m_bench->send(KD::ShowEditor);
-    m_bench->send(KD::ExecuteFile);
-    QVERIFY(m_bench->console->isVisible());
-    QVERIFY(!m_bench->editor->isVisible());
-    QVERIFY(m_bench->toolbarInTerminalMode());
-    QVERIFY(m_bench->backend.requests().isEmpty());
-    QCOMPARE(m_bench->console->toPlainText(), QStringLiteral("> "));
-    QVERIFY(m_bench->console->isEnabled());
+    bench->window.show();
+    bench->send(KD::ShowEditor);
+    bench->send(KD::ExecuteFile);
+    QVERIFY(bench->console->isVisible());
+    QVERIFY(!bench->editor->isVisible());
+    QVERIFY(bench->toolbarInTerminalMode());
+    QVERIFY(bench->backend.requests().isEmpty());
+    QCOMPARE(bench->console->toPlainText(), QStringLiteral("> "));
+    QVERIFY(bench->console->isEnabled());
 }
 
 void TestTerminalWidget::executeFileInTerminalModeAsWell()
 {
-    m_bench->window.show();
-    m_bench->editor->setPlainText(QStringLiteral("request\n"));
-    m_bench->send(KD::ExecuteFile);
-    QCOMPARE(m_bench->backend.requests(), QStringList{QStringLiteral("request")});
-    QVERIFY(m_bench->toolbarInTerminalMode());
+    bench->window.show();
+    bench->editor->setPlainText(QStringLiteral("request\n"));
+    bench->send(KD::ExecuteFile);
+    QCOMPARE(bench->backend.requests(), QStringList{QStringLiteral("request")});
+    QVERIFY(bench->toolbarInTerminalMode());
 }
 
 void TestTerminalWidget::clearTerminalEmptiesDisplayAndHistory()
 {
-    m_bench->window.show();
-    m_bench->send(KD::Request, QStringLiteral("# a comment"));
-    QVERIFY(m_bench->console->toPlainText().contains(QLatin1String("# a comment")));
-    m_bench->send(KD::ClearTerminal);
-    QCOMPARE(m_bench->console->toPlainText(), QStringLiteral("> "));
-    QTest::keyClick(m_bench->console, Qt::Key_Up);
-    QCOMPARE(m_bench->console->toPlainText(), QStringLiteral("> "));
+    bench->window.show();
+    bench->send(KD::Request, QStringLiteral("# a comment"));
+    QVERIFY(bench->console->toPlainText().contains(QLatin1String("# a comment")));
+    bench->send(KD::ClearTerminal);
+    QCOMPARE(bench->console->toPlainText(), QStringLiteral("> "));
+    QTest::keyClick(bench->console, Qt::Key_Up);
+    QCOMPARE(bench->console->toPlainText(), QStringLiteral("> "));
 }
 
 void TestTerminalWidget::aRequestGoesToTheVisibleConsole()
 {
-    m_bench->window.show();
-    m_bench->send(KD::Request, QStringLiteral("the request"));
-    QCOMPARE(m_bench->backend.callsOf(QStringLiteral("rawRequest")).constFirst().arguments,
+    bench->window.show();
+    bench->send(KD::Request, QStringLiteral("the request"));
+    QCOMPARE(bench->backend.callsOf(QStringLiteral("rawRequest")).constFirst().arguments,
              (QStringList{TerminalWidgetBench::controller(), QStringLiteral("the request")}));
-    QVERIFY(m_bench->console->toPlainText().startsWith(QLatin1String("> the request\n")));
-    QCOMPARE(m_bench->editor->toPlainText(), QString());
+    QVERIFY(bench->console->toPlainText().startsWith(QLatin1String("> the request\n")));
+    QCOMPARE(bench->editor->toPlainText(), QString());
 }
 
 void TestTerminalWidget::aRequestGoesToTheVisibleEditor()
 {
-    m_bench->window.show();
-    m_bench->send(KD::ShowEditor);
-    m_bench->send(KD::Request, QStringLiteral("one"));
-    m_bench->send(KD::Request, QStringLiteral("two"));
-    QCOMPARE(m_bench->editor->toPlainText(), QStringLiteral("one\ntwo\n"));
-    QVERIFY(m_bench->backend.requests().isEmpty());
-    QCOMPARE(m_bench->console->toPlainText(), QStringLiteral("> "));
+    bench->window.show();
+    bench->send(KD::ShowEditor);
+    bench->send(KD::Request, QStringLiteral("one"));
+    bench->send(KD::Request, QStringLiteral("two"));
+    QCOMPARE(bench->editor->toPlainText(), QStringLiteral("one\ntwo\n"));
+    QVERIFY(bench->backend.requests().isEmpty());
+    QCOMPARE(bench->console->toPlainText(), QStringLiteral("> "));
 }
 
 void TestTerminalWidget::aRequestOfAHiddenToolGoesNowhere()
 {
-    m_bench->send(KD::Request, QStringLiteral("one"));
-    QVERIFY(m_bench->backend.requests().isEmpty());
-    QCOMPARE(m_bench->editor->toPlainText(), QString());
-    QCOMPARE(m_bench->console->toPlainText(), QStringLiteral("> "));
+    bench->send(KD::Request, QStringLiteral("one"));
+    QVERIFY(bench->backend.requests().isEmpty());
+    QCOMPARE(bench->editor->toPlainText(), QString());
+    QCOMPARE(bench->console->toPlainText(), QStringLiteral("> "));
 }
 
 void TestTerminalWidget::theControllerGoesToTheConsole()
 {
-    m_bench->window.show();
-    m_bench->send(KD::ControllerChosen, QStringLiteral("Second"));
-    m_bench->send(KD::Request, QStringLiteral("the request"));
-    QCOMPARE(m_bench->backend.callsOf(QStringLiteral("rawRequest")).constFirst().arguments.constFirst(),
+    bench->window.show();
+    bench->send(KD::ControllerChosen, QStringLiteral("Second"));
+    bench->send(KD::Request, QStringLiteral("the request"));
+    QCOMPARE(bench->backend.callsOf(QStringLiteral("rawRequest")).constFirst().arguments.constFirst(),
              QStringLiteral("Second"));
 }
 
 void TestTerminalWidget::theControllerGoesToTheHiddenConsole()
 {
-    m_bench->window.show();
-    m_bench->send(KD::ShowEditor);
-    m_bench->send(KD::ControllerChosen, QStringLiteral("Second"));
-    m_bench->send(KD::ShowTerminal);
-    m_bench->send(KD::Request, QStringLiteral("the request"));
-    QCOMPARE(m_bench->backend.callsOf(QStringLiteral("rawRequest")).constFirst().arguments.constFirst(),
+    bench->window.show();
+    bench->send(KD::ShowEditor);
+    bench->send(KD::ControllerChosen, QStringLiteral("Second"));
+    bench->send(KD::ShowTerminal);
+    bench->send(KD::Request, QStringLiteral("the request"));
+    QCOMPARE(bench->backend.callsOf(QStringLiteral("rawRequest")).constFirst().arguments.constFirst(),
              QStringLiteral("Second"));
 }
 
@@ -309,13 +309,13 @@ void TestTerminalWidget::busyAndIdle_data()
 void TestTerminalWidget::busyAndIdle()
 {
     QFETCH(qint64, argument);
-    m_bench->window.show();
-    m_bench->send(KD::BusyChanged, argument);
-    QVERIFY(!m_bench->panel->isEnabled());
-    QCOMPARE(m_bench->tool->cursor().shape(), Qt::BusyCursor);
-    m_bench->send(KD::BusyChanged, qint64{0});
-    QVERIFY(m_bench->panel->isEnabled());
-    QCOMPARE(m_bench->tool->cursor().shape(), Qt::ArrowCursor);
+    bench->window.show();
+    bench->send(KD::BusyChanged, argument);
+    QVERIFY(!bench->panel->isEnabled());
+    QCOMPARE(bench->tool->cursor().shape(), Qt::BusyCursor);
+    bench->send(KD::BusyChanged, qint64{0});
+    QVERIFY(bench->panel->isEnabled());
+    QCOMPARE(bench->tool->cursor().shape(), Qt::ArrowCursor);
 }
 
 void TestTerminalWidget::saveIsEnabled_data()
@@ -332,11 +332,11 @@ void TestTerminalWidget::saveIsEnabled()
 {
     QFETCH(qint64, argument);
     QFETCH(bool, enabled);
-    m_bench->send(KD::ShowEditor); // where the action is there at all
-    m_bench->send(KD::ModifiedChanged, qint64{enabled ? 0 : 1});
-    QCOMPARE(m_bench->action("Save File")->isEnabled(), !enabled);
-    m_bench->send(KD::ModifiedChanged, argument);
-    QCOMPARE(m_bench->action("Save File")->isEnabled(), enabled);
+    bench->send(KD::ShowEditor); // where the action is there at all
+    bench->send(KD::ModifiedChanged, qint64{enabled ? 0 : 1});
+    QCOMPARE(bench->action("Save File")->isEnabled(), !enabled);
+    bench->send(KD::ModifiedChanged, argument);
+    QCOMPARE(bench->action("Save File")->isEnabled(), enabled);
 }
 
 void TestTerminalWidget::otherEventsReachTheHostUnchanged_data()
@@ -357,7 +357,7 @@ void TestTerminalWidget::otherEventsReachTheHostUnchanged()
 {
     QFETCH(quint32, type);
     LastEvent host;
-    TerminalWidget tool(nullptr, &m_bench->state, m_bench->mainData, host, 0);
+    TerminalWidget tool(nullptr, &bench->state, bench->mainData, host, 0);
     KdChildEvent event(static_cast<KD::EventType>(type));
     event.stringArguments = QStringList{QStringLiteral("one"), QString(), QStringLiteral("three")};
     event.setIntArgument(-5, 2);
@@ -380,19 +380,19 @@ void TestTerminalWidget::ownEventsStayInTheTool_data()
 void TestTerminalWidget::ownEventsStayInTheTool()
 {
     QFETCH(quint32, type);
-    m_bench->window.show();
-    m_bench->send(static_cast<KD::EventType>(type)); // without the arguments that it may have
-    QVERIFY(m_bench->observer.events().empty());
+    bench->window.show();
+    bench->send(static_cast<KD::EventType>(type)); // without the arguments that it may have
+    QVERIFY(bench->observer.events().empty());
 }
 
 void TestTerminalWidget::typingIntoTheEditorEnablesSaving()
 {
-    m_bench->window.show();
-    m_bench->send(KD::ShowEditor);
-    m_bench->send(KD::ModifiedChanged, qint64{0});
-    QTest::keyClick(m_bench->editor, Qt::Key_A);
-    QVERIFY(m_bench->action("Save File")->isEnabled());
-    QVERIFY(m_bench->observer.events().empty());
+    bench->window.show();
+    bench->send(KD::ShowEditor);
+    bench->send(KD::ModifiedChanged, qint64{0});
+    QTest::keyClick(bench->editor, Qt::Key_A);
+    QVERIFY(bench->action("Save File")->isEnabled());
+    QVERIFY(bench->observer.events().empty());
 }
 
 // Events of the host
@@ -421,56 +421,56 @@ void TestTerminalWidget::selectedItemsFillTheForm()
     id.channel = 3;
     KdParentEvent event(static_cast<KD::EventType>(type));
     event.setHardwareId(id, 0);
-    m_bench->tool->parentEventOccured(event);
-    QCOMPARE(m_bench->field("lineEdit")->text(), fills ? QStringLiteral("1") : QString());
-    QCOMPARE(m_bench->field("addressEdit")->text(), fills ? QStringLiteral("2") : QString());
-    QCOMPARE(m_bench->field("channelEdit")->text(), fills ? QStringLiteral("3") : QString());
-    QVERIFY(m_bench->observer.events().empty());
+    bench->tool->parentEventOccured(event);
+    QCOMPARE(bench->field("lineEdit")->text(), fills ? QStringLiteral("1") : QString());
+    QCOMPARE(bench->field("addressEdit")->text(), fills ? QStringLiteral("2") : QString());
+    QCOMPARE(bench->field("channelEdit")->text(), fills ? QStringLiteral("3") : QString());
+    QVERIFY(bench->observer.events().empty());
 }
 
 void TestTerminalWidget::selectionWithoutAnAddress()
 {
-    m_bench->field("lineEdit")->setText(QStringLiteral("1"));
+    bench->field("lineEdit")->setText(QStringLiteral("1"));
     KdParentEvent event(KD::ItemSelected);
-    m_bench->tool->parentEventOccured(event);
-    QCOMPARE(m_bench->field("lineEdit")->text(), QString());
+    bench->tool->parentEventOccured(event);
+    QCOMPARE(bench->field("lineEdit")->text(), QString());
 }
 
 void TestTerminalWidget::aControllerThatWentAfterItWasListed()
 {
-    m_bench->window.show();
-    m_bench->backend.setControllers(
+    bench->window.show();
+    bench->backend.setControllers(
         {{QStringLiteral("here"), QStringLiteral("Here")}, {QStringLiteral("gone"), QStringLiteral("Gone")}});
-    m_bench->panel->structureChanged(OrbItemId());
+    bench->panel->structureChanged(OrbItemId());
     TerminalWidgetBench::settle();
-    m_bench->backend.setControllers({});
-    m_bench->backend.setRawAnswer({false, QStringLiteral("there is no controller \"gone\""), {}});
-    m_bench->panel->findChild<QComboBox *>(QStringLiteral("controllerBox"))->setCurrentIndex(1);
-    m_bench->panel->findChild<QPushButton *>(QStringLiteral("getButton"))->click();
+    bench->backend.setControllers({});
+    bench->backend.setRawAnswer({false, QStringLiteral("there is no controller \"gone\""), {}});
+    bench->panel->findChild<QComboBox *>(QStringLiteral("controllerBox"))->setCurrentIndex(1);
+    bench->panel->findChild<QPushButton *>(QStringLiteral("getButton"))->click();
 
-    QCOMPARE(m_bench->backend.callsOf(QStringLiteral("rawRequest")).constFirst().arguments.constFirst(),
+    QCOMPARE(bench->backend.callsOf(QStringLiteral("rawRequest")).constFirst().arguments.constFirst(),
              QStringLiteral("gone"));
-    QTextCursor refusal = m_bench->console->document()->find(QStringLiteral("there is no controller"));
+    QTextCursor refusal = bench->console->document()->find(QStringLiteral("there is no controller"));
     QVERIFY(!refusal.isNull());
     QCOMPARE(refusal.charFormat().foreground().color(), QColor(Qt::red));
-    QVERIFY(m_bench->panel->isEnabled());
-    QVERIFY(m_bench->console->isEnabled());
+    QVERIFY(bench->panel->isEnabled());
+    QVERIFY(bench->console->isEnabled());
 }
 
 // Messages that arrive after the tool is gone find nobody.
 void TestTerminalWidget::closedWhileARequestIsOut()
 {
-    m_bench->window.show();
-    m_bench->beginWaiting();
-    QCOMPARE(m_bench->backend.requests().size(), 1);
-    m_bench->backend.sendRawMessage(TerminalWidgetBench::controller(), QStringLiteral("late"));
-    m_bench->backend.sendStructureChanged(OrbItemId());
-    auto tool = std::unique_ptr<TerminalWidget>(m_bench->tool);
+    bench->window.show();
+    bench->beginWaiting();
+    QCOMPARE(bench->backend.requests().size(), 1);
+    bench->backend.sendRawMessage(TerminalWidgetBench::controller(), QStringLiteral("late"));
+    bench->backend.sendStructureChanged(OrbItemId());
+    auto tool = std::unique_ptr<TerminalWidget>(bench->tool);
     tool.reset();
-    m_bench->backend.clearCalls();
-    m_bench->say(QStringLiteral("later"));
-    QVERIFY(m_bench->backend.calls().isEmpty());
-    QVERIFY(m_bench->observer.events().empty());
+    bench->backend.clearCalls();
+    bench->say(QStringLiteral("later"));
+    QVERIFY(bench->backend.calls().isEmpty());
+    QVERIFY(bench->observer.events().empty());
 }
 
 QTEST_MAIN(TestTerminalWidget)

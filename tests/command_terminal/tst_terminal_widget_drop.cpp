@@ -48,27 +48,27 @@ private Q_SLOTS:
 private:
     QStringList numbers() const
     {
-        return {m_bench->field("lineEdit")->text(), m_bench->field("addressEdit")->text(),
-                m_bench->field("channelEdit")->text()};
+        return {bench->field("lineEdit")->text(), bench->field("addressEdit")->text(),
+                bench->field("channelEdit")->text()};
     }
     std::unique_ptr<QMimeData> payload(const QVector<OrbItemId> &items) const
     {
-        return hostkit::makeDragPayload(items, m_bench->mainData.getDndMimeType());
+        return hostkit::makeDragPayload(items, bench->mainData.getDndMimeType());
     }
 
-    std::unique_ptr<TerminalWidgetBench> m_bench;
+    std::unique_ptr<TerminalWidgetBench> bench;
 };
 
 void TestTerminalWidgetDrop::init()
 {
-    m_bench = std::make_unique<TerminalWidgetBench>();
-    m_bench->field("lineEdit")->setText(QStringLiteral("typed"));
-    m_bench->window.show();
+    bench = std::make_unique<TerminalWidgetBench>();
+    bench->field("lineEdit")->setText(QStringLiteral("typed"));
+    bench->window.show();
 }
 
 void TestTerminalWidgetDrop::cleanup()
 {
-    m_bench.reset();
+    bench.reset();
 }
 
 void TestTerminalWidgetDrop::entering_data()
@@ -100,7 +100,7 @@ void TestTerminalWidgetDrop::entering()
     }
     QDragEnterEvent event(somewhere, actions, data.get(), Qt::LeftButton, Qt::NoModifier);
     QVERIFY(!event.isAccepted());
-    m_bench->tool->dragEnterEvent(&event);
+    bench->tool->dragEnterEvent(&event);
     QTEST(event.isAccepted(), "accepted");
     if (event.isAccepted())
         QCOMPARE(event.dropAction(), event.proposedAction());
@@ -123,7 +123,7 @@ void TestTerminalWidgetDrop::dropping()
         data->setText(QStringLiteral("1.2.3"));
     }
     QDropEvent event(somewhere, actions, data.get(), Qt::LeftButton, Qt::NoModifier);
-    m_bench->tool->dropEvent(&event);
+    bench->tool->dropEvent(&event);
     QCOMPARE(event.isAccepted(), accepted);
     if (accepted) {
         QCOMPARE(event.dropAction(), event.proposedAction());
@@ -157,26 +157,26 @@ void TestTerminalWidgetDrop::payloads()
     QFETCH(QByteArray, data);
     QFETCH(QString, line);
     QMimeData mime;
-    mime.setData(m_bench->mainData.getDndMimeType(), data);
-    m_bench->backend.clearCalls();
+    mime.setData(bench->mainData.getDndMimeType(), data);
+    bench->backend.clearCalls();
     QDropEvent event(somewhere, Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
-    m_bench->tool->dropEvent(&event);
+    bench->tool->dropEvent(&event);
     const bool taken = line != QLatin1String("typed");
     QCOMPARE(event.isAccepted(), taken);
     QCOMPARE(numbers().constFirst(), line);
-    QCOMPARE(m_bench->backend.calls().isEmpty(), !taken);
+    QCOMPARE(bench->backend.calls().isEmpty(), !taken);
 }
 
 void TestTerminalWidgetDrop::severalItemsSelectTheFirst()
 {
-    m_bench->backend.clearCalls();
+    bench->backend.clearCalls();
     const auto data = payload({channel(4, 5, 6), channel(1, 2, 3), OrbItemId(OrbItemId::System)});
     QDropEvent event(somewhere, Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
-    m_bench->tool->dropEvent(&event);
+    bench->tool->dropEvent(&event);
     QVERIFY(event.isAccepted());
     QCOMPARE(numbers(), (QStringList{QStringLiteral("4"), QStringLiteral("5"), QStringLiteral("6")}));
-    QCOMPARE(m_bench->backend.callsOf(QStringLiteral("itemNames")).size(), 1);
-    QCOMPARE(m_bench->backend.callsOf(QStringLiteral("controllers")).size(), 1);
+    QCOMPARE(bench->backend.callsOf(QStringLiteral("itemNames")).size(), 1);
+    QCOMPARE(bench->backend.callsOf(QStringLiteral("controllers")).size(), 1);
 }
 
 void TestTerminalWidgetDrop::everywhereOnTheTool_data()
@@ -193,8 +193,8 @@ void TestTerminalWidgetDrop::everywhereOnTheTool()
 {
     QFETCH(QString, place);
     if (place == QLatin1String("editor"))
-        m_bench->send(KD::ShowEditor);
-    auto *target = m_bench->tool->findChild<QWidget *>(place);
+        bench->send(KD::ShowEditor);
+    auto *target = bench->tool->findChild<QWidget *>(place);
     QVERIFY(target && target->isVisible());
     if (auto *area = qobject_cast<QAbstractScrollArea *>(target))
         target = area->viewport();
@@ -206,20 +206,20 @@ void TestTerminalWidgetDrop::everywhereOnTheTool()
     QCoreApplication::sendEvent(target, &drop);
     QVERIFY(drop.isAccepted());
     QCOMPARE(numbers(), (QStringList{QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3")}));
-    QCOMPARE(m_bench->field("valueEdit")->text(), QString());
-    QCOMPARE(m_bench->editor->toPlainText(), QString());
+    QCOMPARE(bench->field("valueEdit")->text(), QString());
+    QCOMPARE(bench->editor->toPlainText(), QString());
 }
 
 void TestTerminalWidgetDrop::whileARequestIsOut()
 {
-    m_bench->beginWaiting();
+    bench->beginWaiting();
     const auto data = payload({channel(1, 2, 3)});
     QDropEvent event(somewhere, Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
-    m_bench->tool->dropEvent(&event);
+    bench->tool->dropEvent(&event);
     QCOMPARE(numbers(), (QStringList{QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3")}));
-    QVERIFY(!m_bench->panel->isEnabled());
-    m_bench->endWaiting();
-    QVERIFY(m_bench->panel->isEnabled());
+    QVERIFY(!bench->panel->isEnabled());
+    bench->endWaiting();
+    QVERIFY(bench->panel->isEnabled());
 }
 
 QTEST_MAIN(TestTerminalWidgetDrop)

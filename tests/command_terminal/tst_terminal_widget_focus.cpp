@@ -40,30 +40,27 @@ private Q_SLOTS:
     void shortcutsWhileWaiting();
 
 private:
-    QWidget *focused() const { return m_bench->window.focusWidget(); }
-    QWidget *part(const QString &name) const { return m_bench->tool->findChild<QWidget *>(name); }
-    void press(const char *action) const
-    {
-        QTest::keySequence(focused(), m_bench->action(action)->shortcut());
-    }
+    QWidget *focused() const { return bench->window.focusWidget(); }
+    QWidget *part(const QString &name) const { return bench->tool->findChild<QWidget *>(name); }
+    void press(const char *action) const { QTest::keySequence(focused(), bench->action(action)->shortcut()); }
     void enter(const QString &line) const
     {
-        QTest::keyClicks(m_bench->console, line);
-        QTest::keyClick(m_bench->console, Qt::Key_Return);
+        QTest::keyClicks(bench->console, line);
+        QTest::keyClick(bench->console, Qt::Key_Return);
     }
 
-    std::unique_ptr<TerminalWidgetBench> m_bench;
+    std::unique_ptr<TerminalWidgetBench> bench;
 };
 
 void TestTerminalWidgetFocus::init()
 {
-    m_bench = std::make_unique<TerminalWidgetBench>();
-    QVERIFY(m_bench->showActive());
+    bench = std::make_unique<TerminalWidgetBench>();
+    QVERIFY(bench->showActive());
 }
 
 void TestTerminalWidgetFocus::cleanup()
 {
-    m_bench.reset();
+    bench.reset();
 }
 
 // Without a wait
@@ -78,53 +75,53 @@ void TestTerminalWidgetFocus::theToolHandsTheFocusOn_data()
 void TestTerminalWidgetFocus::theToolHandsTheFocusOn()
 {
     QFETCH(bool, editing);
-    m_bench->send(editing ? KD::ShowEditor : KD::ShowTerminal);
-    m_bench->elsewhere->setFocus();
-    m_bench->tool->setFocus();
-    QCOMPARE(m_bench->editor->hasFocus(), editing);
-    QCOMPARE(m_bench->console->hasFocus(), !editing);
+    bench->send(editing ? KD::ShowEditor : KD::ShowTerminal);
+    bench->elsewhere->setFocus();
+    bench->tool->setFocus();
+    QCOMPARE(bench->editor->hasFocus(), editing);
+    QCOMPARE(bench->console->hasFocus(), !editing);
 }
 
 void TestTerminalWidgetFocus::switchingGivesTheFocusToWhatIsShown()
 {
-    m_bench->send(KD::ShowEditor);
-    QVERIFY(m_bench->editor->hasFocus());
-    m_bench->send(KD::ShowTerminal);
-    QVERIFY(m_bench->console->hasFocus());
+    bench->send(KD::ShowEditor);
+    QVERIFY(bench->editor->hasFocus());
+    bench->send(KD::ShowTerminal);
+    QVERIFY(bench->console->hasFocus());
 }
 
 // A wait
 
 void TestTerminalWidgetFocus::theConsoleHasTheFocusAgain()
 {
-    m_bench->console->setFocus();
+    bench->console->setFocus();
     enter(QStringLiteral("request"));
-    QVERIFY(!m_bench->console->isEnabled());
-    QVERIFY(!m_bench->console->hasFocus());
-    m_bench->endWaiting();
-    QVERIFY(m_bench->console->hasFocus());
+    QVERIFY(!bench->console->isEnabled());
+    QVERIFY(!bench->console->hasFocus());
+    bench->endWaiting();
+    QVERIFY(bench->console->hasFocus());
     enter(QStringLiteral("next"));
-    QCOMPARE(m_bench->backend.requests().constLast(), QStringLiteral("next"));
+    QCOMPARE(bench->backend.requests().constLast(), QStringLiteral("next"));
 }
 
 void TestTerminalWidgetFocus::theConsoleHasTheFocusAgainAfterAWaitLine()
 {
-    m_bench->console->setFocus();
+    bench->console->setFocus();
     enter(QStringLiteral("wait 00010"));
-    QVERIFY(!m_bench->console->isEnabled());
-    QTRY_VERIFY(m_bench->console->isEnabled());
-    QVERIFY(m_bench->console->hasFocus());
+    QVERIFY(!bench->console->isEnabled());
+    QTRY_VERIFY(bench->console->isEnabled());
+    QVERIFY(bench->console->hasFocus());
 }
 
 void TestTerminalWidgetFocus::theConsoleHasTheFocusAgainAfterAFile()
 {
-    m_bench->editor->setPlainText(QStringLiteral("one\nwait 00010\n# comment\ntwo\n"));
-    m_bench->send(KD::ExecuteFile);
-    m_bench->endWaiting();
-    QTRY_COMPARE(m_bench->backend.requests().size(), 2);
-    m_bench->endWaiting();
-    QVERIFY(m_bench->console->isEnabled());
-    QVERIFY(m_bench->console->hasFocus());
+    bench->editor->setPlainText(QStringLiteral("one\nwait 00010\n# comment\ntwo\n"));
+    bench->send(KD::ExecuteFile);
+    bench->endWaiting();
+    QTRY_COMPARE(bench->backend.requests().size(), 2);
+    bench->endWaiting();
+    QVERIFY(bench->console->isEnabled());
+    QVERIFY(bench->console->hasFocus());
 }
 
 void TestTerminalWidgetFocus::aFieldHasTheFocusAgain_data()
@@ -144,9 +141,9 @@ void TestTerminalWidgetFocus::aFieldHasTheFocusAgain()
     QVERIFY(field->hasFocus());
     auto *get = qobject_cast<QPushButton *>(part(QStringLiteral("getButton")));
     byMouse ? QTest::mouseClick(get, Qt::LeftButton) : get->click();
-    QCOMPARE(m_bench->backend.requests().size(), 1);
+    QCOMPARE(bench->backend.requests().size(), 1);
     QVERIFY(!field->hasFocus());
-    m_bench->endWaiting();
+    bench->endWaiting();
     QVERIFY(field->hasFocus());
 }
 
@@ -161,58 +158,58 @@ void TestTerminalWidgetFocus::theFocusStaysInTheToolMeanwhile()
 {
     QFETCH(QString, before);
     part(before)->setFocus();
-    m_bench->beginWaiting();
+    bench->beginWaiting();
     QVERIFY(focused());
-    QVERIFY(focused() == m_bench->tool || m_bench->tool->isAncestorOf(focused()));
+    QVERIFY(focused() == bench->tool || bench->tool->isAncestorOf(focused()));
     // What is typed meanwhile is lost and ends up nowhere.
     QTest::keyClicks(focused(), QStringLiteral("lost"));
     QTest::keyClick(focused(), Qt::Key_Return);
-    m_bench->endWaiting();
-    QCOMPARE(m_bench->console->toPlainText().count(QLatin1String("lost")), 0);
-    QCOMPARE(m_bench->elsewhere->text(), QString());
-    QCOMPARE(m_bench->backend.requests().size(), 1);
+    bench->endWaiting();
+    QCOMPARE(bench->console->toPlainText().count(QLatin1String("lost")), 0);
+    QCOMPARE(bench->elsewhere->text(), QString());
+    QCOMPARE(bench->backend.requests().size(), 1);
 }
 
 void TestTerminalWidgetFocus::theFocusElsewhereStaysThere()
 {
-    m_bench->elsewhere->setFocus();
-    m_bench->beginWaiting();
-    QVERIFY(m_bench->elsewhere->hasFocus());
-    m_bench->endWaiting();
-    QVERIFY(m_bench->elsewhere->hasFocus());
+    bench->elsewhere->setFocus();
+    bench->beginWaiting();
+    QVERIFY(bench->elsewhere->hasFocus());
+    bench->endWaiting();
+    QVERIFY(bench->elsewhere->hasFocus());
 }
 
 void TestTerminalWidgetFocus::theFocusTakenAwayMeanwhileStaysAway()
 {
-    for (QWidget *before : {static_cast<QWidget *>(m_bench->console), part(QStringLiteral("lineEdit"))}) {
+    for (QWidget *before : {static_cast<QWidget *>(bench->console), part(QStringLiteral("lineEdit"))}) {
         before->setFocus();
-        m_bench->beginWaiting();
-        m_bench->elsewhere->setFocus();
-        m_bench->endWaiting();
-        QVERIFY(m_bench->elsewhere->hasFocus());
+        bench->beginWaiting();
+        bench->elsewhere->setFocus();
+        bench->endWaiting();
+        QVERIFY(bench->elsewhere->hasFocus());
     }
 }
 
 void TestTerminalWidgetFocus::theEditorShownMeanwhileKeepsTheFocus()
 {
-    m_bench->console->setFocus();
-    m_bench->beginWaiting();
-    m_bench->send(KD::ShowEditor);
-    QVERIFY(m_bench->editor->hasFocus());
-    m_bench->endWaiting();
-    QVERIFY(m_bench->editor->hasFocus());
-    QTest::keyClicks(m_bench->editor, QStringLiteral("typed"));
-    QCOMPARE(m_bench->editor->toPlainText(), QStringLiteral("typed"));
+    bench->console->setFocus();
+    bench->beginWaiting();
+    bench->send(KD::ShowEditor);
+    QVERIFY(bench->editor->hasFocus());
+    bench->endWaiting();
+    QVERIFY(bench->editor->hasFocus());
+    QTest::keyClicks(bench->editor, QStringLiteral("typed"));
+    QCOMPARE(bench->editor->toPlainText(), QStringLiteral("typed"));
 }
 
 void TestTerminalWidgetFocus::cursorWhileWaiting()
 {
-    m_bench->beginWaiting();
-    QCOMPARE(m_bench->tool->cursor().shape(), Qt::BusyCursor);
-    QVERIFY(!m_bench->panel->isEnabled());
-    m_bench->endWaiting();
-    QCOMPARE(m_bench->tool->cursor().shape(), Qt::ArrowCursor);
-    QVERIFY(m_bench->panel->isEnabled());
+    bench->beginWaiting();
+    QCOMPARE(bench->tool->cursor().shape(), Qt::BusyCursor);
+    QVERIFY(!bench->panel->isEnabled());
+    bench->endWaiting();
+    QCOMPARE(bench->tool->cursor().shape(), Qt::ArrowCursor);
+    QVERIFY(bench->panel->isEnabled());
 }
 
 // Shortcuts
@@ -246,24 +243,24 @@ void TestTerminalWidgetFocus::shortcuts()
     QFETCH(QString, focus);
     QFETCH(bool, editorBefore);
     QFETCH(QString, effect);
-    m_bench->console->printText(QStringLiteral("something"));
-    m_bench->send(editorBefore ? KD::ShowEditor : KD::ShowTerminal);
-    m_bench->editor->setPlainText(QStringLiteral("request\n"));
+    bench->console->printText(QStringLiteral("something"));
+    bench->send(editorBefore ? KD::ShowEditor : KD::ShowTerminal);
+    bench->editor->setPlainText(QStringLiteral("request\n"));
     part(focus)->setFocus();
     QCOMPARE(focused()->objectName(), focus);
 
     press(action.constData());
 
-    const auto *dialog = m_bench->editor->findChild<QFileDialog *>();
+    const auto *dialog = bench->editor->findChild<QFileDialog *>();
     QStringList effects;
-    if (editorBefore != m_bench->editor->isVisible() && m_bench->backend.requests().isEmpty())
-        effects.append(m_bench->editor->isVisible() ? QStringLiteral("editor") : QStringLiteral("console"));
+    if (editorBefore != bench->editor->isVisible() && bench->backend.requests().isEmpty())
+        effects.append(bench->editor->isVisible() ? QStringLiteral("editor") : QStringLiteral("console"));
     if (dialog)
         effects.append(dialog->acceptMode() == QFileDialog::AcceptOpen ? QStringLiteral("open")
                                                                        : QStringLiteral("save"));
-    if (!m_bench->backend.requests().isEmpty())
+    if (!bench->backend.requests().isEmpty())
         effects.append(QStringLiteral("executed"));
-    if (m_bench->console->toPlainText() == QLatin1String("> "))
+    if (bench->console->toPlainText() == QLatin1String("> "))
         effects.append(QStringLiteral("cleared"));
     QCOMPARE(effects, QStringList{effect});
 }
@@ -282,14 +279,14 @@ void TestTerminalWidgetFocus::shortcutsFromOutside_data()
 void TestTerminalWidgetFocus::shortcutsFromOutside()
 {
     QFETCH(bool, editing);
-    m_bench->send(editing ? KD::ShowEditor : KD::ShowTerminal);
-    m_bench->editor->setPlainText(QStringLiteral("request\n"));
-    QSignalSpy triggered(m_bench->action(QTest::currentDataTag()), &QAction::triggered);
-    m_bench->elsewhere->setFocus();
+    bench->send(editing ? KD::ShowEditor : KD::ShowTerminal);
+    bench->editor->setPlainText(QStringLiteral("request\n"));
+    QSignalSpy triggered(bench->action(QTest::currentDataTag()), &QAction::triggered);
+    bench->elsewhere->setFocus();
     press(QTest::currentDataTag());
     QCOMPARE(triggered.size(), 0);
     // It is the place alone: from inside the same keys do it.
-    (editing ? static_cast<QWidget *>(m_bench->editor) : m_bench->console)->setFocus();
+    (editing ? static_cast<QWidget *>(bench->editor) : bench->console)->setFocus();
     press(QTest::currentDataTag());
     QCOMPARE(triggered.size(), 1);
 }
@@ -303,36 +300,36 @@ void TestTerminalWidgetFocus::shortcutsOfHiddenButtons_data()
 void TestTerminalWidgetFocus::shortcutsOfHiddenButtons()
 {
     QFETCH(bool, editing);
-    m_bench->send(editing ? KD::ShowTerminal : KD::ShowEditor);
-    m_bench->editor->setPlainText(QStringLiteral("request\n"));
-    QSignalSpy triggered(m_bench->action(QTest::currentDataTag()), &QAction::triggered);
+    bench->send(editing ? KD::ShowTerminal : KD::ShowEditor);
+    bench->editor->setPlainText(QStringLiteral("request\n"));
+    QSignalSpy triggered(bench->action(QTest::currentDataTag()), &QAction::triggered);
     press(QTest::currentDataTag());
     QCOMPARE(triggered.size(), 0);
-    QVERIFY(m_bench->backend.requests().isEmpty());
-    QVERIFY(!m_bench->editor->findChild<QFileDialog *>());
+    QVERIFY(bench->backend.requests().isEmpty());
+    QVERIFY(!bench->editor->findChild<QFileDialog *>());
 }
 
 void TestTerminalWidgetFocus::savingIsNoShortcutWhenDisabled()
 {
-    m_bench->send(KD::ShowEditor);
-    m_bench->send(KD::ModifiedChanged, qint64{0});
+    bench->send(KD::ShowEditor);
+    bench->send(KD::ModifiedChanged, qint64{0});
     press("Save File");
-    QVERIFY(!m_bench->editor->findChild<QFileDialog *>());
-    m_bench->send(KD::ModifiedChanged, qint64{1});
+    QVERIFY(!bench->editor->findChild<QFileDialog *>());
+    bench->send(KD::ModifiedChanged, qint64{1});
     press("Save File");
-    QVERIFY(m_bench->editor->findChild<QFileDialog *>());
+    QVERIFY(bench->editor->findChild<QFileDialog *>());
 }
 
 void TestTerminalWidgetFocus::shortcutsWhileWaiting()
 {
-    m_bench->console->setFocus();
-    m_bench->beginWaiting();
+    bench->console->setFocus();
+    bench->beginWaiting();
     press("Show Text Editor");
-    QVERIFY(m_bench->editor->isVisible());
+    QVERIFY(bench->editor->isVisible());
     press("Show Terminal");
-    QVERIFY(m_bench->console->isVisible());
-    m_bench->endWaiting();
-    QVERIFY(m_bench->console->hasFocus());
+    QVERIFY(bench->console->isVisible());
+    bench->endWaiting();
+    QVERIFY(bench->console->hasFocus());
 }
 
 QTEST_MAIN(TestTerminalWidgetFocus)

@@ -40,27 +40,26 @@ private Q_SLOTS:
     void aFileCanRunAgain();
 
 private:
-    QWidget *focused() const { return m_bench->window.focusWidget(); }
+    QWidget *focused() const { return bench->window.focusWidget(); }
     void pressCtrlC() const { QTest::keyClick(focused(), Qt::Key_C, Qt::ControlModifier); }
     void runFile(const QString &text) const
     {
-        m_bench->editor->setPlainText(text);
-        m_bench->send(KD::ExecuteFile);
+        bench->editor->setPlainText(text);
+        bench->send(KD::ExecuteFile);
     }
     /// Runs longer than the window is kept waiting for it, and never waits itself.
     void runLongFile() const
     {
         constexpr int Lines = 300000;
-        m_bench->console->runCommandFile(QStringLiteral("# line\n").repeated(Lines));
-        QVERIFY(m_bench->console->isFileRunning());
-        QVERIFY(m_bench->console->isEnabled());
+        bench->console->runCommandFile(QStringLiteral("# line\n").repeated(Lines));
+        QVERIFY(bench->console->isFileRunning());
+        QVERIFY(bench->console->isEnabled());
     }
     /// The stretches of red text, in order.
     QStringList redTexts() const
     {
         QStringList texts;
-        for (QTextBlock block = m_bench->console->document()->begin(); block.isValid();
-             block = block.next()) {
+        for (QTextBlock block = bench->console->document()->begin(); block.isValid(); block = block.next()) {
             for (QTextBlock::iterator it = block.begin(); !it.atEnd(); ++it) {
                 if (it.fragment().charFormat().foreground().color() == QColor(Qt::red))
                     texts.append(it.fragment().text());
@@ -70,37 +69,37 @@ private:
     }
     bool isWaiting() const
     {
-        return !m_bench->console->isEnabled() && !m_bench->panel->isEnabled()
-            && m_bench->tool->cursor().shape() == Qt::BusyCursor;
+        return !bench->console->isEnabled() && !bench->panel->isEnabled()
+            && bench->tool->cursor().shape() == Qt::BusyCursor;
     }
     bool isIdle() const
     {
-        return m_bench->console->isEnabled() && m_bench->panel->isEnabled()
-            && m_bench->tool->cursor().shape() == Qt::ArrowCursor && !m_bench->console->isFileRunning()
-            && m_bench->console->toPlainText().endsWith(QLatin1String("\n> "));
+        return bench->console->isEnabled() && bench->panel->isEnabled()
+            && bench->tool->cursor().shape() == Qt::ArrowCursor && !bench->console->isFileRunning()
+            && bench->console->toPlainText().endsWith(QLatin1String("\n> "));
     }
 
-    std::unique_ptr<TerminalWidgetBench> m_bench;
+    std::unique_ptr<TerminalWidgetBench> bench;
 };
 
 void TestTerminalWidgetStop::init()
 {
     QGuiApplication::clipboard()->setText(QStringLiteral("before"));
-    m_bench = std::make_unique<TerminalWidgetBench>();
-    QVERIFY(m_bench->showActive());
-    m_bench->console->setFocus();
+    bench = std::make_unique<TerminalWidgetBench>();
+    QVERIFY(bench->showActive());
+    bench->console->setFocus();
 }
 
 void TestTerminalWidgetStop::cleanup()
 {
-    m_bench.reset();
+    bench.reset();
 }
 
 // It stops
 
 void TestTerminalWidgetStop::stopsARequest()
 {
-    m_bench->beginWaiting();
+    bench->beginWaiting();
     QVERIFY(isWaiting());
     pressCtrlC();
     QVERIFY(isIdle());
@@ -109,7 +108,7 @@ void TestTerminalWidgetStop::stopsARequest()
 
 void TestTerminalWidgetStop::stopsAWaitLine()
 {
-    m_bench->send(KD::Request, QStringLiteral("wait 60000"));
+    bench->send(KD::Request, QStringLiteral("wait 60000"));
     QVERIFY(isWaiting());
     pressCtrlC();
     QVERIFY(isIdle());
@@ -119,16 +118,16 @@ void TestTerminalWidgetStop::stopsAWaitLine()
 void TestTerminalWidgetStop::stopsAFileAndItsWait()
 {
     runFile(QStringLiteral("one\nwait 60000\ntwo\nthree\n"));
-    m_bench->endWaiting();
+    bench->endWaiting();
     QVERIFY(isWaiting());
-    QVERIFY(m_bench->console->isFileRunning());
+    QVERIFY(bench->console->isFileRunning());
     pressCtrlC();
     QVERIFY(isIdle());
-    QCOMPARE(m_bench->backend.requests(), QStringList{QStringLiteral("one")});
+    QCOMPARE(bench->backend.requests(), QStringList{QStringLiteral("one")});
     // Neither what comes in later nor what is typed goes on with it.
-    m_bench->say(QStringLiteral("late"));
-    QTest::keyClick(m_bench->console, Qt::Key_Return);
-    QCOMPARE(m_bench->backend.requests(), QStringList{QStringLiteral("one")});
+    bench->say(QStringLiteral("late"));
+    QTest::keyClick(bench->console, Qt::Key_Return);
+    QCOMPARE(bench->backend.requests(), QStringList{QStringLiteral("one")});
 }
 
 void TestTerminalWidgetStop::stopsAFileThatRunsWithoutWaiting_data()
@@ -143,36 +142,36 @@ void TestTerminalWidgetStop::stopsAFileThatRunsWithoutWaiting()
     QFETCH(bool, editing);
     runLongFile();
     if (editing)
-        m_bench->send(KD::ShowEditor);
+        bench->send(KD::ShowEditor);
     pressCtrlC();
     QVERIFY(isIdle());
     QCOMPARE(redTexts().size(), 1);
-    const QString stopped = m_bench->console->toPlainText();
+    const QString stopped = bench->console->toPlainText();
     QCoreApplication::processEvents();
-    QCOMPARE(m_bench->console->toPlainText(), stopped);
+    QCOMPARE(bench->console->toPlainText(), stopped);
 }
 
 void TestTerminalWidgetStop::stopsWhileTheEditorIsShown()
 {
-    m_bench->beginWaiting();
-    m_bench->send(KD::ShowEditor);
-    m_bench->editor->setPlainText(QStringLiteral("text"));
-    QVERIFY(m_bench->editor->hasFocus());
+    bench->beginWaiting();
+    bench->send(KD::ShowEditor);
+    bench->editor->setPlainText(QStringLiteral("text"));
+    QVERIFY(bench->editor->hasFocus());
     pressCtrlC();
     QVERIFY(isIdle());
-    QVERIFY(m_bench->editor->hasFocus());
+    QVERIFY(bench->editor->hasFocus());
     QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("before"));
 }
 
 void TestTerminalWidgetStop::worksFromAField()
 {
-    m_bench->field("valueEdit")->setText(QStringLiteral("12"));
+    bench->field("valueEdit")->setText(QStringLiteral("12"));
     runLongFile();
-    m_bench->field("valueEdit")->setFocus();
-    m_bench->field("valueEdit")->deselect();
+    bench->field("valueEdit")->setFocus();
+    bench->field("valueEdit")->deselect();
     pressCtrlC();
     QVERIFY(isIdle());
-    QVERIFY(m_bench->field("valueEdit")->hasFocus());
+    QVERIFY(bench->field("valueEdit")->hasFocus());
 }
 
 void TestTerminalWidgetStop::saysSoInRed_data()
@@ -188,7 +187,7 @@ void TestTerminalWidgetStop::saysSoInRed()
     QFETCH(QString, file);
     QFETCH(QString, said);
     const ContextTranslator translator;
-    file.isEmpty() ? m_bench->beginWaiting() : runFile(file);
+    file.isEmpty() ? bench->beginWaiting() : runFile(file);
     pressCtrlC();
     QCOMPARE(redTexts(), QStringList{QStringLiteral("[TerminalOrbClientConsole]") + said});
     QVERIFY(isIdle());
@@ -198,10 +197,10 @@ void TestTerminalWidgetStop::saysSoInRed()
 
 void TestTerminalWidgetStop::copiesASelectionInTheEditor()
 {
-    m_bench->beginWaiting();
-    m_bench->send(KD::ShowEditor);
-    m_bench->editor->setPlainText(QStringLiteral("the text"));
-    m_bench->editor->selectAll();
+    bench->beginWaiting();
+    bench->send(KD::ShowEditor);
+    bench->editor->setPlainText(QStringLiteral("the text"));
+    bench->editor->selectAll();
     pressCtrlC();
     QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("the text"));
     QVERIFY(isWaiting());
@@ -211,26 +210,26 @@ void TestTerminalWidgetStop::copiesASelectionInTheEditor()
 void TestTerminalWidgetStop::copiesASelectionInTheConsole()
 {
     runLongFile();
-    m_bench->console->moveCursor(QTextCursor::StartOfLine, QTextCursor::KeepAnchor);
-    QVERIFY(m_bench->console->textCursor().hasSelection());
-    const QString selected = m_bench->console->textCursor().selectedText();
+    bench->console->moveCursor(QTextCursor::StartOfLine, QTextCursor::KeepAnchor);
+    QVERIFY(bench->console->textCursor().hasSelection());
+    const QString selected = bench->console->textCursor().selectedText();
     pressCtrlC();
     QCOMPARE(QGuiApplication::clipboard()->text(), selected);
-    QVERIFY(m_bench->console->isFileRunning());
+    QVERIFY(bench->console->isFileRunning());
     QVERIFY(redTexts().isEmpty());
-    m_bench->console->stopExecution();
+    bench->console->stopExecution();
 }
 
 void TestTerminalWidgetStop::copiesASelectionInAField()
 {
-    m_bench->field("valueEdit")->setText(QStringLiteral("12"));
+    bench->field("valueEdit")->setText(QStringLiteral("12"));
     runLongFile();
-    m_bench->field("valueEdit")->setFocus();
-    m_bench->field("valueEdit")->selectAll();
+    bench->field("valueEdit")->setFocus();
+    bench->field("valueEdit")->selectAll();
     pressCtrlC();
     QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("12"));
-    QVERIFY(m_bench->console->isFileRunning());
-    m_bench->console->stopExecution();
+    QVERIFY(bench->console->isFileRunning());
+    bench->console->stopExecution();
 }
 
 // It is nothing else
@@ -238,10 +237,10 @@ void TestTerminalWidgetStop::copiesASelectionInAField()
 void TestTerminalWidgetStop::fromOutsideStopsNothing()
 {
     // A text field would claim the keys for itself.
-    QPushButton outside(&m_bench->window);
+    QPushButton outside(&bench->window);
     outside.show();
     outside.setFocus();
-    m_bench->beginWaiting();
+    bench->beginWaiting();
     QVERIFY(outside.hasFocus());
     pressCtrlC();
     QVERIFY(isWaiting());
@@ -260,36 +259,36 @@ void TestTerminalWidgetStop::withNothingToStopItDoesNothing()
 {
     QFETCH(QString, place);
     if (place == QLatin1String("editor"))
-        m_bench->send(KD::ShowEditor);
-    m_bench->tool->findChild<QWidget *>(place)->setFocus();
+        bench->send(KD::ShowEditor);
+    bench->tool->findChild<QWidget *>(place)->setFocus();
     QCOMPARE(focused()->objectName(), place);
     pressCtrlC();
-    QCOMPARE(m_bench->console->toPlainText(), QStringLiteral("> "));
-    QCOMPARE(m_bench->editor->toPlainText(), QString());
+    QCOMPARE(bench->console->toPlainText(), QStringLiteral("> "));
+    QCOMPARE(bench->editor->toPlainText(), QString());
     QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("before"));
-    QVERIFY(m_bench->observer.events().empty());
+    QVERIFY(bench->observer.events().empty());
 }
 
 void TestTerminalWidgetStop::withNothingToStopTheKeysAreTheHosts()
 {
     QAction hostCopy;
     hostCopy.setShortcut(QKeySequence::Copy);
-    m_bench->window.addAction(&hostCopy);
+    bench->window.addAction(&hostCopy);
     QSignalSpy triggered(&hostCopy, &QAction::triggered);
     // A button makes nothing of these keys itself.
-    m_bench->panel->findChild<QPushButton *>(QStringLiteral("getButton"))->setFocus();
+    bench->panel->findChild<QPushButton *>(QStringLiteral("getButton"))->setFocus();
     pressCtrlC();
     QCOMPARE(triggered.size(), 1);
-    m_bench->beginWaiting();
-    m_bench->endWaiting();
+    bench->beginWaiting();
+    bench->endWaiting();
     pressCtrlC();
     QCOMPARE(triggered.size(), 2);
 }
 
 void TestTerminalWidgetStop::copiesWithNothingToStop()
 {
-    m_bench->console->printText(QStringLiteral("output"));
-    m_bench->console->selectAll();
+    bench->console->printText(QStringLiteral("output"));
+    bench->console->selectAll();
     pressCtrlC();
     QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("> output"));
     QVERIFY(redTexts().isEmpty());
@@ -297,15 +296,15 @@ void TestTerminalWidgetStop::copiesWithNothingToStop()
 
 void TestTerminalWidgetStop::theKeysAreNobodysAfterwards()
 {
-    m_bench->beginWaiting();
+    bench->beginWaiting();
     pressCtrlC();
     QCOMPARE(redTexts().size(), 1);
-    const QString before = m_bench->console->toPlainText();
+    const QString before = bench->console->toPlainText();
     pressCtrlC();
-    QCOMPARE(m_bench->console->toPlainText(), before);
+    QCOMPARE(bench->console->toPlainText(), before);
     // Neither are they when the wait ended by itself.
-    m_bench->beginWaiting();
-    m_bench->endWaiting();
+    bench->beginWaiting();
+    bench->endWaiting();
     const int red = redTexts().size();
     pressCtrlC();
     QCOMPARE(redTexts().size(), red);
@@ -313,24 +312,24 @@ void TestTerminalWidgetStop::theKeysAreNobodysAfterwards()
 
 void TestTerminalWidgetStop::aLateAnswerIsPrinted()
 {
-    m_bench->beginWaiting();
+    bench->beginWaiting();
     pressCtrlC();
-    m_bench->say(QStringLiteral("the late answer"));
-    QVERIFY(m_bench->console->toPlainText().contains(QLatin1String("the late answer")));
+    bench->say(QStringLiteral("the late answer"));
+    QVERIFY(bench->console->toPlainText().contains(QLatin1String("the late answer")));
     QVERIFY(isIdle());
 }
 
 void TestTerminalWidgetStop::theFocusReturns()
 {
-    m_bench->beginWaiting();
-    QVERIFY(!m_bench->console->hasFocus());
+    bench->beginWaiting();
+    QVERIFY(!bench->console->hasFocus());
     pressCtrlC();
-    QVERIFY(m_bench->console->hasFocus());
+    QVERIFY(bench->console->hasFocus());
 
-    m_bench->field("unitEdit")->setFocus();
-    m_bench->beginWaiting();
+    bench->field("unitEdit")->setFocus();
+    bench->beginWaiting();
     pressCtrlC();
-    QVERIFY(m_bench->field("unitEdit")->hasFocus());
+    QVERIFY(bench->field("unitEdit")->hasFocus());
 }
 
 void TestTerminalWidgetStop::aFileCanRunAgain()
@@ -338,9 +337,9 @@ void TestTerminalWidgetStop::aFileCanRunAgain()
     runFile(QStringLiteral("one\ntwo\n"));
     pressCtrlC();
     runFile(QStringLiteral("three\nfour\n"));
-    m_bench->endWaiting();
-    m_bench->endWaiting();
-    QCOMPARE(m_bench->backend.requests(),
+    bench->endWaiting();
+    bench->endWaiting();
+    QCOMPARE(bench->backend.requests(),
              (QStringList{QStringLiteral("one"), QStringLiteral("three"), QStringLiteral("four")}));
     QVERIFY(isIdle());
 }

@@ -20,24 +20,24 @@ private Q_SLOTS:
     void everyFileKeepsTheRules();
 
 private:
-    const QDir m_root{QStringLiteral(TERMINAL_SOURCE_DIR)};
-    QStringList m_files;
+    const QDir root{QStringLiteral(TERMINAL_SOURCE_DIR)};
+    QStringList files;
 };
 
 void TestLayering::initTestCase()
 {
     // Builds and hidden folders hold what tools made; everything else is ours, known to the table or not.
     static const QRegularExpression notOurs(QStringLiteral("^(build|\\.[^/]*)/"));
-    QDirIterator found(m_root.path(),
+    QDirIterator found(root.path(),
                        {QStringLiteral("*.h"), QStringLiteral("*.cpp"), QStringLiteral("*.cc"),
                         QStringLiteral("*.hpp"), QStringLiteral("*.cxx")},
                        QDir::Files, QDirIterator::Subdirectories);
     while (found.hasNext()) {
-        const QString path = m_root.relativeFilePath(found.next());
+        const QString path = root.relativeFilePath(found.next());
         if (!notOurs.match(path).hasMatch())
-            m_files.append(path);
+            files.append(path);
     }
-    m_files.sort();
+    files.sort();
 }
 
 void TestLayering::theTreeWasFound_data()
@@ -51,25 +51,25 @@ void TestLayering::theTreeWasFound_data()
 void TestLayering::theTreeWasFound()
 {
     QFETCH(QString, folder);
-    QVERIFY(!m_files.filter(QRegularExpression(QLatin1Char('^') + folder)).isEmpty());
+    QVERIFY(!files.filter(QRegularExpression(QLatin1Char('^') + folder)).isEmpty());
 }
 
 void TestLayering::everyFileKeepsTheRules_data()
 {
     QTest::addColumn<QString>("path");
-    for (const QString &path : std::as_const(m_files))
+    for (const QString &path : std::as_const(files))
         QTest::newRow(qPrintable(path)) << path;
 }
 
 void TestLayering::everyFileKeepsTheRules()
 {
     QFETCH(QString, path);
-    QFile file(m_root.filePath(path));
+    QFile file(root.filePath(path));
     QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.errorString()));
     const QString text = QString::fromUtf8(file.readAll());
     QString header = path;
     header.replace(QRegularExpression(QStringLiteral("\\.cpp$")), QStringLiteral(".h"));
-    const bool hasOwnHeader = header != path && m_root.exists(header);
+    const bool hasOwnHeader = header != path && root.exists(header);
     const QStringList violations =
         layering::includeViolations(path, text) + layering::fileViolations(path, text, hasOwnHeader);
     QVERIFY2(violations.isEmpty(), qPrintable(violations.join(QLatin1Char('\n'))));

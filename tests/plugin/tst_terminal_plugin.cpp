@@ -76,7 +76,7 @@ private:
     QStringList saved(const QString &name)
     {
         KdPluginConfiguration root;
-        m_plugin->saveConfiguration(root);
+        plugin->saveConfiguration(root);
         QStringList values;
         const KdPluginConfiguration *settings = root.findChild(QStringLiteral("Commands"));
         if (settings) {
@@ -98,17 +98,17 @@ private:
         return description;
     }
 
-    BuiltPlugin m_built;
-    KdPluginInterface *m_plugin = nullptr;
-    RecordingObserver m_host;
+    BuiltPlugin built;
+    KdPluginInterface *plugin = nullptr;
+    RecordingObserver host;
 };
 
 void TestTerminalPlugin::init()
 {
-    m_built.destroyInstance();
-    m_plugin = m_built.plugin();
-    QVERIFY(m_plugin);
-    m_host.clear();
+    built.destroyInstance();
+    plugin = built.plugin();
+    QVERIFY(plugin);
+    host.clear();
 }
 
 // Description
@@ -116,7 +116,7 @@ void TestTerminalPlugin::init()
 void TestTerminalPlugin::description()
 {
     KdPluginDescription description;
-    m_plugin->getPluginDescription(description);
+    plugin->getPluginDescription(description);
     QCOMPARE(description.pluginId, 9000);
     QCOMPARE(description.name, QStringLiteral("Commands"));
     QCOMPARE(description.widgets.size(), 2);
@@ -135,7 +135,7 @@ void TestTerminalPlugin::widgetDescriptions()
     QFETCH(int, index);
     QFETCH(int, value2);
     KdPluginDescription description;
-    m_plugin->getPluginDescription(description);
+    plugin->getPluginDescription(description);
     const KdPluginWidgetDescription widget = description.widgets.at(index);
     QCOMPARE(widget.title, QString::fromLatin1(QTest::currentDataTag()));
     QCOMPARE(widget.flag1, true);
@@ -154,7 +154,7 @@ void TestTerminalPlugin::descriptionReplacesWhatWasThere()
     KdPluginDescription description = described({1, 2, 3});
     description.pluginId = 7;
     description.name = QStringLiteral("other");
-    m_plugin->getPluginDescription(description);
+    plugin->getPluginDescription(description);
     QCOMPARE(description.pluginId, 9000);
     QCOMPARE(description.name, QStringLiteral("Commands"));
     QCOMPARE(description.widgets.size(), 2);
@@ -165,7 +165,7 @@ void TestTerminalPlugin::descriptionIsTranslated()
 {
     const ContextTranslator translator;
     KdPluginDescription description;
-    m_plugin->getPluginDescription(description);
+    plugin->getPluginDescription(description);
     QCOMPARE(description.name, QStringLiteral("[TerminalPlugin]Commands"));
     QCOMPARE(description.widgets.at(0).title, QStringLiteral("[TerminalPlugin]Terminal"));
     QCOMPARE(description.widgets.at(1).title, QStringLiteral("[TerminalPlugin]Python Terminal"));
@@ -175,13 +175,13 @@ void TestTerminalPlugin::descriptionIsTranslated()
 
 void TestTerminalPlugin::registersTwoMenuEntries()
 {
-    m_plugin->registerWidgets(described({11, 22}), m_host);
-    QCOMPARE(m_host.types(), (std::vector<quint32>{178, 178}));
-    const KdChildEvent &terminal = m_host.events().at(0);
+    plugin->registerWidgets(described({11, 22}), host);
+    QCOMPARE(host.types(), (std::vector<quint32>{178, 178}));
+    const KdChildEvent &terminal = host.events().at(0);
     QCOMPARE(terminal.intArguments, (QVector<qint64>{104, 11}));
     QCOMPARE(terminal.stringArguments,
              (QStringList{QStringLiteral("Window"), QStringLiteral("Tools"), QStringLiteral("Terminal")}));
-    const KdChildEvent &python = m_host.events().at(1);
+    const KdChildEvent &python = host.events().at(1);
     QCOMPARE(python.intArguments, (QVector<qint64>{104, 22}));
     QCOMPARE(
         python.stringArguments,
@@ -199,33 +199,33 @@ void TestTerminalPlugin::registersTwoOnly_data()
 void TestTerminalPlugin::registersTwoOnly()
 {
     QFETCH(QVector<quint32>, classIds);
-    m_plugin->registerWidgets(described(classIds), m_host);
-    QVERIFY(m_host.events().empty());
+    plugin->registerWidgets(described(classIds), host);
+    QVERIFY(host.events().empty());
 }
 
 void TestTerminalPlugin::registersAgain()
 {
-    m_plugin->registerWidgets(described({11, 22}), m_host);
-    m_plugin->registerWidgets(described({33, 44}), m_host);
-    QCOMPARE(m_host.events().size(), std::size_t{4});
-    QCOMPARE(m_host.events().at(2).getIntArgument(1), qint64{33});
-    QCOMPARE(m_host.events().at(3).getIntArgument(1), qint64{44});
+    plugin->registerWidgets(described({11, 22}), host);
+    plugin->registerWidgets(described({33, 44}), host);
+    QCOMPARE(host.events().size(), std::size_t{4});
+    QCOMPARE(host.events().at(2).getIntArgument(1), qint64{33});
+    QCOMPARE(host.events().at(3).getIntArgument(1), qint64{44});
 }
 
 void TestTerminalPlugin::largestClassId()
 {
-    m_plugin->registerWidgets(described({4294967295U, 4294967294U}), m_host);
-    QCOMPARE(m_host.events().at(0).getIntArgument(1), qint64{4294967295});
-    QCOMPARE(m_host.events().at(1).getIntArgument(1), qint64{4294967294});
+    plugin->registerWidgets(described({4294967295U, 4294967294U}), host);
+    QCOMPARE(host.events().at(0).getIntArgument(1), qint64{4294967295});
+    QCOMPARE(host.events().at(1).getIntArgument(1), qint64{4294967294});
 }
 
 void TestTerminalPlugin::menuPathsAreTranslated()
 {
     const ContextTranslator translator;
-    m_plugin->registerWidgets(described({11, 22}), m_host);
+    plugin->registerWidgets(described({11, 22}), host);
     static const QStringList lastTexts{QStringLiteral("Terminal"), QStringLiteral("Python Terminal")};
     for (int i = 0; i < 2; ++i) {
-        const QStringList path = m_host.events().at(std::size_t(i)).stringArguments;
+        const QStringList path = host.events().at(std::size_t(i)).stringArguments;
         QCOMPARE(path.size(), 3);
         const QString context = path.at(0).section(QLatin1Char(']'), 0, 0) + QLatin1Char(']');
         QVERIFY2(context.startsWith(QLatin1String("[Terminal")), qPrintable(context));
@@ -240,17 +240,17 @@ void TestTerminalPlugin::menuPathsAreTranslated()
 void TestTerminalPlugin::savesNothingWhenThereIsNothing()
 {
     KdPluginConfiguration root;
-    QVERIFY(!m_plugin->saveConfiguration(root));
+    QVERIFY(!plugin->saveConfiguration(root));
     QVERIFY(root.children.isEmpty());
 }
 
 void TestTerminalPlugin::savedNodes()
 {
-    QVERIFY(m_plugin->loadConfiguration(treeWith({{pythonFile, QStringLiteral("p1")},
-                                                  {commandFile, QStringLiteral("c1")},
-                                                  {commandFile, QStringLiteral("c2")}})));
+    QVERIFY(plugin->loadConfiguration(treeWith({{pythonFile, QStringLiteral("p1")},
+                                                {commandFile, QStringLiteral("c1")},
+                                                {commandFile, QStringLiteral("c2")}})));
     KdPluginConfiguration root;
-    QVERIFY(m_plugin->saveConfiguration(root));
+    QVERIFY(plugin->saveConfiguration(root));
     QCOMPARE(root.children.size(), 1);
     const KdPluginConfiguration settings = root.children.constFirst();
     QCOMPARE(settings.name, QStringLiteral("Commands"));
@@ -277,10 +277,10 @@ void TestTerminalPlugin::savedNodes()
 
 void TestTerminalPlugin::savesBesideOthers()
 {
-    m_plugin->loadConfiguration(treeWith({{pythonFile, QStringLiteral("p")}}));
+    plugin->loadConfiguration(treeWith({{pythonFile, QStringLiteral("p")}}));
     KdPluginConfiguration root;
     root.pushChild(node(QStringLiteral("Another plug-in"), 1));
-    QVERIFY(m_plugin->saveConfiguration(root));
+    QVERIFY(plugin->saveConfiguration(root));
     QCOMPARE(root.children.size(), 2);
     QCOMPARE(root.children.at(0).name, QStringLiteral("Another plug-in"));
     QCOMPARE(root.children.at(1).name, QStringLiteral("Commands"));
@@ -293,9 +293,9 @@ void TestTerminalPlugin::theNodeIsTranslated()
     settings.pushChild(node(commandFile, QStringLiteral("c")));
     KdPluginConfiguration loaded;
     loaded.pushChild(settings);
-    QVERIFY(m_plugin->loadConfiguration(loaded));
+    QVERIFY(plugin->loadConfiguration(loaded));
     KdPluginConfiguration root;
-    QVERIFY(m_plugin->saveConfiguration(root));
+    QVERIFY(plugin->saveConfiguration(root));
     QCOMPARE(root.children.constFirst().name, QStringLiteral("[QObject]Commands"));
     QCOMPARE(root.children.constFirst().children.constFirst().name, commandFile);
 }
@@ -327,44 +327,44 @@ void TestTerminalPlugin::loadsAndSaves()
         if (i < commands.size())
             entries.append({commandFile, commands.at(i)});
     }
-    QVERIFY(m_plugin->loadConfiguration(treeWith(entries)));
+    QVERIFY(plugin->loadConfiguration(treeWith(entries)));
     QCOMPARE(saved(commandFile), commands);
     QCOMPARE(saved(pythonFile), pythons);
 }
 
 void TestTerminalPlugin::loadWithoutItsNodeKeepsTheLists()
 {
-    m_plugin->loadConfiguration(treeWith({{commandFile, QStringLiteral("c")}}));
+    plugin->loadConfiguration(treeWith({{commandFile, QStringLiteral("c")}}));
     KdPluginConfiguration other;
     other.pushChild(node(QStringLiteral("commands"), QString())); // another name: the case counts
     other.pushChild(node(commandFile, QStringLiteral("misplaced")));
-    QVERIFY(!m_plugin->loadConfiguration(other));
-    QVERIFY(!m_plugin->loadConfiguration(KdPluginConfiguration()));
+    QVERIFY(!plugin->loadConfiguration(other));
+    QVERIFY(!plugin->loadConfiguration(KdPluginConfiguration()));
     QCOMPARE(saved(commandFile), QStringList{QStringLiteral("c")});
 }
 
 void TestTerminalPlugin::loadReplacesTheLists()
 {
-    m_plugin->loadConfiguration(
+    plugin->loadConfiguration(
         treeWith({{commandFile, QStringLiteral("c")}, {pythonFile, QStringLiteral("p")}}));
-    QVERIFY(m_plugin->loadConfiguration(treeWith({{commandFile, QStringLiteral("new")}})));
+    QVERIFY(plugin->loadConfiguration(treeWith({{commandFile, QStringLiteral("new")}})));
     QCOMPARE(saved(commandFile), QStringList{QStringLiteral("new")});
     QCOMPARE(saved(pythonFile), QStringList());
 }
 
 void TestTerminalPlugin::loadOfAnEmptyNodeEmptiesTheLists()
 {
-    m_plugin->loadConfiguration(treeWith({{commandFile, QStringLiteral("c")}}));
-    QVERIFY(m_plugin->loadConfiguration(treeWith({})));
+    plugin->loadConfiguration(treeWith({{commandFile, QStringLiteral("c")}}));
+    QVERIFY(plugin->loadConfiguration(treeWith({})));
     KdPluginConfiguration root;
-    QVERIFY(!m_plugin->saveConfiguration(root));
+    QVERIFY(!plugin->saveConfiguration(root));
 }
 
 void TestTerminalPlugin::loadTakesTheFirstNodeOfTheName()
 {
     KdPluginConfiguration root = treeWith({{commandFile, QStringLiteral("first")}});
     root.pushChild(treeWith({{commandFile, QStringLiteral("second")}}).children.at(1));
-    QVERIFY(m_plugin->loadConfiguration(root));
+    QVERIFY(plugin->loadConfiguration(root));
     QCOMPARE(saved(commandFile), QStringList{QStringLiteral("first")});
 }
 
@@ -384,10 +384,10 @@ void TestTerminalPlugin::wrongTypes()
 {
     QFETCH(QVariant, value);
     QFETCH(QString, expected);
-    QVERIFY(m_plugin->loadConfiguration(treeWith({{commandFile, QStringLiteral("before")},
-                                                  {commandFile, value},
-                                                  {pythonFile, value},
-                                                  {commandFile, QStringLiteral("after")}})));
+    QVERIFY(plugin->loadConfiguration(treeWith({{commandFile, QStringLiteral("before")},
+                                                {commandFile, value},
+                                                {pythonFile, value},
+                                                {commandFile, QStringLiteral("after")}})));
     QCOMPARE(saved(commandFile), (QStringList{QStringLiteral("before"), expected, QStringLiteral("after")}));
     QCOMPARE(saved(pythonFile), QStringList{expected});
 }
@@ -400,7 +400,7 @@ void TestTerminalPlugin::otherNamesAreIgnored()
                                            {commandFile, QStringLiteral("4")}});
     // Nor is what stands deeper looked at.
     root.children[1].children[0].pushChild(node(commandFile, QStringLiteral("5")));
-    QVERIFY(m_plugin->loadConfiguration(root));
+    QVERIFY(plugin->loadConfiguration(root));
     QCOMPARE(saved(commandFile), QStringList{QStringLiteral("4")});
     QCOMPARE(saved(pythonFile), QStringList());
 }
@@ -413,7 +413,7 @@ void TestTerminalPlugin::thousandsOfEntries()
         expected.append(QStringLiteral("/file%1").arg(i));
         entries.append({commandFile, expected.constLast()});
     }
-    QVERIFY(m_plugin->loadConfiguration(treeWith(entries)));
+    QVERIFY(plugin->loadConfiguration(treeWith(entries)));
     QCOMPARE(saved(commandFile), expected);
 }
 

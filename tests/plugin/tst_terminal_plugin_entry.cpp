@@ -82,7 +82,7 @@ private Q_SLOTS:
     void onlyTheEntriesAreSeen();
 
 private:
-    BuiltPlugin m_built;
+    BuiltPlugin built;
 };
 
 // Metadata
@@ -106,7 +106,7 @@ void TestTerminalPluginEntry::theLoaderLoadsIt()
     loader.setLoadHints(QLibrary::PreventUnloadHint);
     QVERIFY2(loader.load(), qPrintable(loader.errorString()));
     QVERIFY(qobject_cast<KdPluginInterface *>(loader.instance()));
-    QCOMPARE(loader.instance(), m_built.instance());
+    QCOMPARE(loader.instance(), built.instance());
 }
 
 void TestTerminalPluginEntry::oneMetadataSection()
@@ -139,7 +139,7 @@ void TestTerminalPluginEntry::theMapHoldsTwoKeys()
 
 void TestTerminalPluginEntry::theEntryReturnsTheSection()
 {
-    const char *metadata = m_built.metadata();
+    const char *metadata = built.metadata();
     QVERIFY(metadata);
     QCborStreamReader reader(metadataSection().mid(HeaderSize));
     QCborValue::fromCbor(reader);
@@ -153,21 +153,21 @@ void TestTerminalPluginEntry::theEntryReturnsTheSection()
 
 void TestTerminalPluginEntry::oneInstance()
 {
-    QVERIFY(m_built.instance());
-    QCOMPARE(m_built.instance(), m_built.instance());
+    QVERIFY(built.instance());
+    QCOMPARE(built.instance(), built.instance());
 }
 
 void TestTerminalPluginEntry::aNewInstanceAfterTheFirst()
 {
-    const QPointer<QObject> first = m_built.instance();
+    const QPointer<QObject> first = built.instance();
     // Keeps the place, so that the second cannot be mistaken for the first.
-    m_built.instance()->setObjectName(QStringLiteral("first"));
-    m_built.destroyInstance();
+    built.instance()->setObjectName(QStringLiteral("first"));
+    built.destroyInstance();
     QVERIFY(first.isNull());
-    QObject *second = m_built.instance();
+    QObject *second = built.instance();
     QVERIFY(second);
     QCOMPARE(second->objectName(), QString());
-    QCOMPARE(m_built.instance(), second);
+    QCOMPARE(built.instance(), second);
 }
 
 void TestTerminalPluginEntry::casts_data()
@@ -189,7 +189,7 @@ void TestTerminalPluginEntry::casts()
 {
     QFETCH(bool, isObject);
     QFETCH(bool, isInterface);
-    QObject *object = m_built.instance();
+    QObject *object = built.instance();
     const void *cast = object->qt_metacast(QTest::currentDataTag());
     const void *expected = nullptr;
     if (isObject)
@@ -202,16 +202,16 @@ void TestTerminalPluginEntry::casts()
 
 void TestTerminalPluginEntry::theInterfaceIsTheSecondBase()
 {
-    QObject *object = m_built.instance();
+    QObject *object = built.instance();
     const void *begin = dynamic_cast<void *>(object);
     QCOMPARE(begin, static_cast<const void *>(object));
-    const auto *secondBase = reinterpret_cast<const char *>(m_built.plugin());
+    const auto *secondBase = reinterpret_cast<const char *>(built.plugin());
     QCOMPARE(secondBase - reinterpret_cast<const char *>(object), std::ptrdiff_t{sizeof(QObject)});
 }
 
 void TestTerminalPluginEntry::noSignalsSlotsOrProperties()
 {
-    const QMetaObject *metaObject = m_built.instance()->metaObject();
+    const QMetaObject *metaObject = built.instance()->metaObject();
     QCOMPARE(metaObject->className(), "TerminalPlugin");
     QCOMPARE(metaObject->superClass(), &QObject::staticMetaObject);
     QCOMPARE(metaObject->methodCount(), QObject::staticMetaObject.methodCount());
@@ -221,7 +221,7 @@ void TestTerminalPluginEntry::noSignalsSlotsOrProperties()
 
 void TestTerminalPluginEntry::callsGoToTheBase()
 {
-    QObject *object = m_built.instance();
+    QObject *object = built.instance();
     // Slot numbers beyond the base's come back counted from there: nobody here takes one.
     const int beyond = QObject::staticMetaObject.methodCount() + 5;
     QCOMPARE(object->qt_metacall(QMetaObject::InvokeMetaMethod, beyond, nullptr), 5);
@@ -234,11 +234,11 @@ void TestTerminalPluginEntry::callsGoToTheBase()
 
 void TestTerminalPluginEntry::onlyTheEntriesAreSeen()
 {
-    QVERIFY(m_built.library.resolve("qt_plugin_instance"));
-    QVERIFY(m_built.library.resolve("qt_plugin_query_metadata"));
-    QVERIFY(!m_built.library.resolve("_ZTV14TerminalPlugin"));
-    QVERIFY(!m_built.library.resolve("_ZTV14TerminalWidget"));
-    QVERIFY(!m_built.library.resolve("_ZN14TerminalPluginC1Ev"));
+    QVERIFY(built.library.resolve("qt_plugin_instance"));
+    QVERIFY(built.library.resolve("qt_plugin_query_metadata"));
+    QVERIFY(!built.library.resolve("_ZTV14TerminalPlugin"));
+    QVERIFY(!built.library.resolve("_ZTV14TerminalWidget"));
+    QVERIFY(!built.library.resolve("_ZN14TerminalPluginC1Ev"));
 }
 
 QTEST_MAIN(TestTerminalPluginEntry)

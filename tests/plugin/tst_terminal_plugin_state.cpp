@@ -8,7 +8,7 @@ class TestTerminalPluginState : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { m_state = TerminalPluginState(); }
+    void init() { state = TerminalPluginState(); }
 
     void beginsEmpty();
     void newestFirst_data() { bothLists(); }
@@ -31,23 +31,23 @@ private:
     void add(const QString &path)
     {
         QFETCH(bool, python);
-        python ? m_state.addPythonFile(path) : m_state.addCommandFile(path);
+        python ? state.addPythonFile(path) : state.addCommandFile(path);
     }
     QStringList &list()
     {
         QFETCH(bool, python);
-        return python ? m_state.pythonFiles : m_state.commandFiles;
+        return python ? state.pythonFiles : state.commandFiles;
     }
 
-    TerminalPluginState m_state;
+    TerminalPluginState state;
 };
 
 void TestTerminalPluginState::beginsEmpty()
 {
-    QCOMPARE(m_state.terminalWidgetClassId, 0U);
-    QCOMPARE(m_state.pythonWidgetClassId, 0U);
-    QVERIFY(m_state.commandFiles.isEmpty());
-    QVERIFY(m_state.pythonFiles.isEmpty());
+    QCOMPARE(state.terminalWidgetClassId, 0U);
+    QCOMPARE(state.pythonWidgetClassId, 0U);
+    QVERIFY(state.commandFiles.isEmpty());
+    QVERIFY(state.pythonFiles.isEmpty());
 }
 
 void TestTerminalPluginState::newestFirst()
@@ -90,10 +90,10 @@ void TestTerminalPluginState::aLongerListIsCut()
 
 void TestTerminalPluginState::theListsAreApart()
 {
-    m_state.addCommandFile(QStringLiteral("command"));
-    m_state.addPythonFile(QStringLiteral("python"));
-    QCOMPARE(m_state.commandFiles, QStringList{QStringLiteral("command")});
-    QCOMPARE(m_state.pythonFiles, QStringList{QStringLiteral("python")});
+    state.addCommandFile(QStringLiteral("command"));
+    state.addPythonFile(QStringLiteral("python"));
+    QCOMPARE(state.commandFiles, QStringList{QStringLiteral("command")});
+    QCOMPARE(state.pythonFiles, QStringList{QStringLiteral("python")});
 }
 
 QTEST_GUILESS_MAIN(TestTerminalPluginState)

@@ -50,7 +50,7 @@ private Q_SLOTS:
 private:
     KdPluginWidget *create(QWidget *parent = nullptr)
     {
-        return m_built.plugin()->createWidget(0, parent, m_fixture->mainData, m_fixture->observer, 0);
+        return built.plugin()->createWidget(0, parent, fixture->mainData, fixture->observer, 0);
     }
     std::unique_ptr<KdPluginWidget> makeTool() { return std::unique_ptr<KdPluginWidget>(create()); }
     void registerWidgets(const QVector<quint32> &classIds)
@@ -61,13 +61,13 @@ private:
             widget.uniqueWidgetClassId = id;
             description.widgets.append(widget);
         }
-        m_built.plugin()->registerWidgets(description, m_fixture->observer);
-        m_fixture->observer.clear();
+        built.plugin()->registerWidgets(description, fixture->observer);
+        fixture->observer.clear();
     }
     QStringList savedCommandFiles()
     {
         KdPluginConfiguration root;
-        m_built.plugin()->saveConfiguration(root);
+        built.plugin()->saveConfiguration(root);
         QStringList files;
         if (const KdPluginConfiguration *settings = root.findChild(QStringLiteral("Commands"))) {
             for (const KdPluginConfiguration &child : settings->children)
@@ -88,22 +88,22 @@ private:
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         return directory;
     }
-    const KdChildEvent &lastEvent() const { return m_fixture->observer.events().back(); }
+    const KdChildEvent &lastEvent() const { return fixture->observer.events().back(); }
 
-    std::unique_ptr<TerminalFixture> m_fixture;
-    BuiltPlugin m_built;
+    std::unique_ptr<TerminalFixture> fixture;
+    BuiltPlugin built;
 };
 
 void TestTerminalPluginWidgets::init()
 {
-    m_fixture = std::make_unique<TerminalFixture>();
-    m_built.destroyInstance();
-    QVERIFY(m_built.plugin());
+    fixture = std::make_unique<TerminalFixture>();
+    built.destroyInstance();
+    QVERIFY(built.plugin());
 }
 
 void TestTerminalPluginWidgets::cleanup()
 {
-    m_fixture.reset();
+    fixture.reset();
 }
 
 // Making
@@ -124,11 +124,11 @@ void TestTerminalPluginWidgets::indices()
 {
     QFETCH(int, index);
     const std::unique_ptr<KdPluginWidget> tool(
-        m_built.plugin()->createWidget(index, nullptr, m_fixture->mainData, m_fixture->observer, 0));
+        built.plugin()->createWidget(index, nullptr, fixture->mainData, fixture->observer, 0));
     QTEST(tool != nullptr, "makesOne");
     if (tool)
         QVERIFY(tool->inherits("TerminalWidget"));
-    QVERIFY(m_fixture->observer.events().empty());
+    QVERIFY(fixture->observer.events().empty());
 }
 
 void TestTerminalPluginWidgets::theParentOwnsTheTool()
@@ -169,12 +169,12 @@ void TestTerminalPluginWidgets::showingAndHiding()
 {
     registerWidgets({11, 22});
     const auto tool = makeTool();
-    QVERIFY(m_fixture->observer.events().empty());
+    QVERIFY(fixture->observer.events().empty());
     tool->show();
-    QCOMPARE(m_fixture->observer.types(), std::vector<quint32>{181});
+    QCOMPARE(fixture->observer.types(), std::vector<quint32>{181});
     tool->hide();
-    QCOMPARE(m_fixture->observer.types(), (std::vector<quint32>{181, 182}));
-    for (const KdChildEvent &event : m_fixture->observer.events()) {
+    QCOMPARE(fixture->observer.types(), (std::vector<quint32>{181, 182}));
+    for (const KdChildEvent &event : fixture->observer.events()) {
         QCOMPARE(event.intArguments, (QVector<qint64>{104, 11}));
         QCOMPARE(
             event.stringArguments,
@@ -186,11 +186,11 @@ void TestTerminalPluginWidgets::shownAsItsParentIs()
 {
     QWidget parent;
     create(&parent);
-    QVERIFY(m_fixture->observer.events().empty());
+    QVERIFY(fixture->observer.events().empty());
     parent.show();
-    QCOMPARE(m_fixture->observer.types(), std::vector<quint32>{181});
+    QCOMPARE(fixture->observer.types(), std::vector<quint32>{181});
     parent.hide();
-    QCOMPARE(m_fixture->observer.types(), (std::vector<quint32>{181, 182}));
+    QCOMPARE(fixture->observer.types(), (std::vector<quint32>{181, 182}));
 }
 
 void TestTerminalPluginWidgets::hostEvents_data()
@@ -209,7 +209,7 @@ void TestTerminalPluginWidgets::hostEvents()
     const auto tool = makeTool();
     KdParentEvent event(static_cast<KD::EventType>(sent));
     tool->parentEventOccured(event);
-    QCOMPARE(m_fixture->observer.types(), std::vector<quint32>{answer});
+    QCOMPARE(fixture->observer.types(), std::vector<quint32>{answer});
     QCOMPARE(lastEvent().intArguments, (QVector<qint64>{104, 11}));
     QCOMPARE(lastEvent().stringArguments,
              (QStringList{QStringLiteral("Window"), QStringLiteral("Tools"), QStringLiteral("Terminal")}));
@@ -222,7 +222,7 @@ void TestTerminalPluginWidgets::theAnswerHasNoArguments()
     event.setIntArgument(5, 0);
     event.stringArguments.append(QStringLiteral("text"));
     tool->parentEventOccured(event);
-    QCOMPARE(m_fixture->observer.types(), std::vector<quint32>{152});
+    QCOMPARE(fixture->observer.types(), std::vector<quint32>{152});
     QVERIFY(lastEvent().intArguments.isEmpty());
     QVERIFY(lastEvent().stringArguments.isEmpty());
 }
@@ -243,7 +243,7 @@ void TestTerminalPluginWidgets::layoutMargin()
     event.setIntArgument(margin, 0);
     tool->parentEventOccured(event);
     QCOMPARE(tool->layout()->contentsMargins(), QMargins(margin, margin, margin, margin));
-    QVERIFY(m_fixture->observer.events().empty());
+    QVERIFY(fixture->observer.events().empty());
 }
 
 void TestTerminalPluginWidgets::selectedItemsGetThrough()
@@ -260,7 +260,7 @@ void TestTerminalPluginWidgets::selectedItemsGetThrough()
         tool->parentEventOccured(event);
         QCOMPARE(address->text(), QStringLiteral("9"));
     }
-    QVERIFY(m_fixture->observer.events().empty());
+    QVERIFY(fixture->observer.events().empty());
 }
 
 void TestTerminalPluginWidgets::otherHostEventsAreIgnored()
@@ -272,7 +272,7 @@ void TestTerminalPluginWidgets::otherHostEventsAreIgnored()
         event.setIntArgument(77, 0);
         tool->parentEventOccured(event);
     }
-    QVERIFY(m_fixture->observer.events().empty());
+    QVERIFY(fixture->observer.events().empty());
     QCOMPARE(tool->layout()->contentsMargins(), before);
 }
 
@@ -281,9 +281,9 @@ void TestTerminalPluginWidgets::menuPathIsTheRegisteredOne()
 {
     const ContextTranslator translator;
     KdPluginDescription description;
-    m_built.plugin()->getPluginDescription(description);
-    m_built.plugin()->registerWidgets(description, m_fixture->observer);
-    const QStringList registered = m_fixture->observer.events().at(0).stringArguments;
+    built.plugin()->getPluginDescription(description);
+    built.plugin()->registerWidgets(description, fixture->observer);
+    const QStringList registered = fixture->observer.events().at(0).stringArguments;
     const auto tool = makeTool();
     tool->show();
     QCOMPARE(lastEvent().stringArguments, registered);
@@ -330,7 +330,7 @@ void TestTerminalPluginWidgets::twoToolsLiveTogether()
     first->show();
     second->show();
     second.reset();
-    m_fixture->backend.sendRawMessage(QStringLiteral("Main"), QStringLiteral("for whoever is left"));
+    fixture->backend.sendRawMessage(QStringLiteral("Main"), QStringLiteral("for whoever is left"));
     QCoreApplication::sendPostedEvents();
     QTRY_VERIFY(first->findChild<QPlainTextEdit *>(QStringLiteral("console"))
                     ->toPlainText()
