@@ -62,8 +62,12 @@ TerminalCommandGeneration::TerminalCommandGeneration(QWidget *parent, KdMainData
     addColumn(grid, column++, new QLabel(QStringLiteral("Unit"), this), unitEdit);
     addColumn(grid, column, getButton, setButton);
     // Numbers and units are short: what room there is goes to the value.
+    const int digit = fontMetrics().horizontalAdvance(QLatin1Char('0'));
     for (QLineEdit *edit : {lineEdit, addressEdit, channelEdit, unitEdit})
-        edit->setMaximumWidth(edit->fontMetrics().horizontalAdvance(QStringLiteral("0")) * 10);
+        edit->setMaximumWidth(digit * 10);
+    valueEdit->setMinimumWidth(digit * 10);
+    connect(itemBox, &QComboBox::currentTextChanged, itemBox,
+            &QWidget::setToolTip); // where the name does not fit
 
     controllerBox->setObjectName(QStringLiteral("controllerBox"));
     lineEdit->setObjectName(QStringLiteral("lineEdit"));

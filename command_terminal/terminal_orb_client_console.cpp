@@ -192,7 +192,12 @@ void TerminalOrbClientConsole::typeLine(const QString &line)
 
 bool TerminalOrbClientConsole::runCommandFile(const QString &text)
 {
+    if (fileRunning && waiting)
+        printError(tr("command file stopped"));
+    else if (fileRunning)
+        printErrorAbovePrompt(tr("command file stopped"));
     fileRunning = true;
+    fileController = controller;
     fileText = text;
     fileText.replace(QLatin1Char('\r'), QLatin1Char('\n'));
     // One pass from left to right, so that three line feeds in a row leave an empty line, which ends the run.
@@ -221,8 +226,19 @@ bool TerminalOrbClientConsole::takeNextLine()
     const QString line = fileText.mid(filePos, lineEnd - filePos).trimmed();
     filePos = lineEnd + 1;
     Q_EMIT fileLineTaken();
+    noticeController();
     typeLine(line);
     return true;
+}
+
+// Each line goes to the controller of the moment; an operator has to see when that is not the file's any more.
+void TerminalOrbClientConsole::noticeController()
+{
+    if (controller == fileController)
+        return;
+    fileController = controller;
+    printErrorAbovePrompt(controller.isEmpty() ? tr("from here on without a controller")
+                                               : tr("from here on to the controller %1").arg(controller));
 }
 
 void TerminalOrbClientConsole::continueFile()
@@ -249,6 +265,7 @@ void TerminalOrbClientConsole::endFile()
     fileRunning = false;
     filePos = 0;
     fileText.clear();
+    fileController.clear();
 }
 
 void TerminalOrbClientConsole::stopExecution()

@@ -58,6 +58,7 @@ private:
     void returnFocus();
 
     void typeLine(const QString &line);
+    void noticeController();
     bool takeNextLine();
     void continueFile();
     void endFile();
@@ -71,6 +72,7 @@ private:
     bool fileRunning = false;
     QString fileText; ///< the running command file, line ends normalised
     int filePos = 0; ///< where its next line starts
+    QString fileController; ///< the controller that its last line went to
 
     bool takingLines = false; ///< a loop over the file's lines is at work further down the stack
     bool hadFocus = false; ///< the console had the focus when the wait began

@@ -54,6 +54,8 @@ TerminalWidget::TerminalWidget(QWidget *parent, TerminalPluginState *state, KdMa
     console->show();
     toolbar->setTerminalMode();
     setAcceptDrops(true);
+    // A click on the console while it waits, disabled, still brings the focus, and with it Ctrl+C, back to the tool.
+    setFocusPolicy(Qt::ClickFocus);
 
     stopShortcut = new QShortcut(QKeySequence(StopKeys), this);
     stopShortcut->setContext(Qt::WidgetWithChildrenShortcut);

@@ -35,6 +35,7 @@ private Q_SLOTS:
     void withoutControllerEveryLineFails();
     void controllerMayVanishDuringTheRun();
     void eachLineGoesToTheControllerOfTheMoment();
+    void anotherFileStopsTheRunningOne();
     void linesAreEchoedAndRemembered();
     void replacesWhatWasTyped();
     void secondFileReplacesTheFirst();
@@ -211,6 +212,21 @@ void TestTerminalOrbClientConsoleFiles::eachLineGoesToTheControllerOfTheMoment()
     QCOMPARE(calls.size(), 2);
     QCOMPARE(calls.at(0).arguments.constFirst(), ConsoleBench::controller());
     QCOMPARE(calls.at(1).arguments.constFirst(), QStringLiteral("Other"));
+    // The operator sees where the lines begin to go elsewhere.
+    const QStringList display = bench.display();
+    const int notice = display.indexOf(QStringLiteral("red:from here on to the controller Other"));
+    QVERIFY2(notice > 0, qPrintable(display.join(QLatin1Char('|'))));
+    QCOMPARE(display.value(notice + 1), QStringLiteral("white:> two"));
+}
+
+void TestTerminalOrbClientConsoleFiles::anotherFileStopsTheRunningOne()
+{
+    ConsoleBench bench;
+    bench.console->runCommandFile(QStringLiteral("one\ntwo\n"));
+    bench.console->runCommandFile(QStringLiteral("three\n"));
+    QVERIFY(bench.display().contains(QStringLiteral("red:command file stopped")));
+    bench.say(ConsoleBench::success());
+    QCOMPARE(bench.backend.requests(), (QStringList{QStringLiteral("one"), QStringLiteral("three")}));
 }
 
 void TestTerminalOrbClientConsoleFiles::linesAreEchoedAndRemembered()

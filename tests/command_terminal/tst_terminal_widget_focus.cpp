@@ -27,6 +27,7 @@ private Q_SLOTS:
     void theFocusStaysInTheToolMeanwhile();
     void theFocusElsewhereStaysThere();
     void theFocusTakenAwayMeanwhileStaysAway();
+    void aClickBringsTheFocusBackMeanwhile();
     void theEditorShownMeanwhileKeepsTheFocus();
     void cursorWhileWaiting();
 
@@ -188,6 +189,18 @@ void TestTerminalWidgetFocus::theFocusTakenAwayMeanwhileStaysAway()
         bench->endWaiting();
         QVERIFY(bench->elsewhere->hasFocus());
     }
+}
+
+void TestTerminalWidgetFocus::aClickBringsTheFocusBackMeanwhile()
+{
+    bench->console->setFocus();
+    bench->beginWaiting();
+    bench->elsewhere->setFocus();
+    const QPoint middle = bench->console->mapTo(&bench->window, bench->console->rect().center());
+    QTest::mouseClick(bench->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, middle);
+    QCOMPARE(focused(), bench->tool);
+    bench->endWaiting();
+    QCOMPARE(focused(), bench->console);
 }
 
 void TestTerminalWidgetFocus::theEditorShownMeanwhileKeepsTheFocus()

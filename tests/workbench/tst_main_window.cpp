@@ -153,7 +153,7 @@ private Q_SLOTS:
     {
         Bench bench;
         bench.entry(bench.beta())->trigger();
-        QCOMPARE(bench.plugin.logOf(QStringLiteral("create")), list("create 0 0, create 1 1"));
+        QCOMPARE(bench.plugin.logOf(QStringLiteral("create")), list("create 0 0, create 1 0"));
         QVERIFY(!bench.entry(bench.beta())->isEnabled());
         QVERIFY(!bench.entry(bench.beta())->isChecked());
         QVERIFY(bench.window->statusBar()->currentMessage().contains(QStringLiteral("Beta")));

@@ -60,6 +60,7 @@ private Q_SLOTS:
         };
         row("unknown option", "--plugins x", "plugins");
         row("missing value", "--plugin", "plugin");
+        row("nothing to be done with", "--quit-when-done", "quit-when-done");
         row("empty value", "--plugin=", "plugin");
         row("stray argument", "ramp.txt", "ramp.txt");
         row("latency no number", "--latency fast", "fast");

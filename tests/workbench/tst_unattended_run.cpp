@@ -17,6 +17,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTextCodec>
 #include <QTextStream>
 
 #include <chrono>
@@ -152,11 +153,43 @@ private Q_SLOTS:
             QVERIFY2(bench.errText.contains(QLatin1String(named)), qPrintable(bench.errText));
     }
 
+    void readsEveryCharacter_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("zero") << QByteArray("# a\0b\n# end\n", 12);
+        QTest::newRow("UTF-16") << QTextCodec::codecForName("UTF-16")->fromUnicode(QStringLiteral("# end\n"));
+        QTest::newRow("carriage returns") << QByteArray("# a\r# end\r");
+    }
+
+    void readsEveryCharacter()
+    {
+        QFETCH(QByteArray, content);
+        Options options;
+        options.commandFile = file(content);
+        Workbench bench(options);
+        QSignalSpy finished(bench.run.get(), &UnattendedRun::finished);
+        bench.run->start();
+        QTRY_COMPARE(finished.size(), 1);
+        QVERIFY2(bench.outText.contains(QStringLiteral("> # end\n")), qPrintable(bench.outText));
+        QCOMPARE(bench.errText, QString());
+    }
+
+    void printsAsItHappens()
+    {
+        Options options;
+        options.commandFile = file("# first\nwait 60000\n# end\n");
+        Workbench bench(options);
+        bench.run->start();
+        QTRY_VERIFY(bench.outText.contains(QStringLiteral("waiting for 60000 ms")));
+        QVERIFY(!bench.outText.contains(QStringLiteral("# end")));
+    }
+
     void refusesAFile_data()
     {
         QTest::addColumn<QString>("path");
         QTest::newRow("missing") << QStringLiteral("/no/such/file.txt");
         QTest::newRow("a folder") << QDir::tempPath();
+        QTest::newRow("no file") << QStringLiteral("/dev/zero");
     }
 
     void refusesAFile()

@@ -77,6 +77,12 @@ int run(const workbench::Options &options, QTextStream &out, QTextStream &err)
     }
 
     // A run that ends by itself looks the same every time, and leaves the operator's own layout alone.
+    if (!hasScreen() && !options.hasTask()) {
+        err << "There is no screen to show a window on. Give something to do without one: --run-command-file "
+               "FILE, "
+               "--editor-file FILE or --screenshot FILE.\n";
+        return workbench::MisuseExitCode;
+    }
     const bool isUnattended = options.hasTask() && (options.quitWhenDone || !hasScreen());
     QString settingsDir = options.configDir;
     if (settingsDir.isEmpty() && !isUnattended)
@@ -133,12 +139,6 @@ int main(int argc, char *argv[])
         return workbench::MisuseExitCode;
     case workbench::OptionsResult::Run:
         break;
-    }
-    if (!hasScreen() && !options.hasTask()) {
-        err << "There is no screen to show a window on. Give something to do without one: --run-command-file "
-               "FILE, "
-               "--editor-file FILE or --screenshot FILE.\n";
-        return workbench::MisuseExitCode;
     }
     return run(options, out, err);
 }

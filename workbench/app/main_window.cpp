@@ -19,6 +19,7 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QScreen>
 #include <QStatusBar>
 #include <QTimer>
 
@@ -31,7 +32,8 @@ namespace
 constexpr int LayoutVersion = 1;
 constexpr int MessageTime = 15000; // ms
 constexpr QSize DefaultSize(1280, 800);
-constexpr int SystemShare = 43; // percent of the width
+constexpr QSize RoomySize(1480, 900); // shows the command form whole
+constexpr int SystemShare = 43; // percent of the default width
 
 } // namespace
 
@@ -179,7 +181,9 @@ void MainWindow::buildBanner()
 
 void MainWindow::restoreLayout()
 {
-    resize(DefaultSize);
+    const QSize available = QGuiApplication::primaryScreen()->availableSize();
+    const bool roomy = available.width() >= RoomySize.width() && available.height() >= RoomySize.height();
+    resize(roomy ? RoomySize : DefaultSize);
     const WindowLayout layout = store.loadLayout();
     if (!layout.saved) {
         resetLayout();
@@ -198,7 +202,7 @@ void MainWindow::applyDefaultSizes()
 {
     sizesPending = !isVisible(); // docks take sizes only from a window that is laid out
     QList<QDockWidget *> side = {systemDock};
-    QList<int> widths = {width() * SystemShare / 100};
+    QList<int> widths = {DefaultSize.width() * SystemShare / 100};
     const QVector<quint32> classes = host->toolClasses();
     for (quint32 classId : classes) {
         if (ToolDock *dock = docks->dock(classId)) {

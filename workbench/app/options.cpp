@@ -5,6 +5,8 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 
+#include <algorithm>
+
 namespace workbench
 {
 
@@ -29,6 +31,13 @@ QString complaint(const QCommandLineParser &parser)
         return tr("--controller says where a command file's requests go and needs --run-command-file.");
     if (parser.isSet(QStringLiteral("run-command-file")) && parser.isSet(QStringLiteral("editor-file")))
         return tr("--run-command-file and --editor-file both fill the editor; give one of them.");
+    const QStringList tasks = {QStringLiteral("run-command-file"), QStringLiteral("editor-file"),
+                               QStringLiteral("screenshot")};
+    const bool hasTask =
+        std::any_of(tasks.begin(), tasks.end(), [&](const QString &task) { return parser.isSet(task); });
+    if (parser.isSet(QStringLiteral("quit-when-done")) && !hasTask)
+        return tr(
+            "--quit-when-done needs something to do: --run-command-file, --editor-file or --screenshot.");
     return {};
 }
 

@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QComboBox>
 #include <QPlainTextEdit>
+#include <QTextBlock>
 #include <QVariant>
 
 namespace workbench
@@ -69,7 +70,10 @@ bool TerminalDriver::chooseController(const QString &name, QString &error)
 void TerminalDriver::edit(const QString &text)
 {
     action(ShowEditorText)->trigger();
-    editor->setPlainText(text);
+    // Not setPlainText, which ends a text at its first zero.
+    editor->clear();
+    editor->insertPlainText(text);
+    editor->document()->setModified(false);
 }
 
 void TerminalDriver::execute()
@@ -83,9 +87,20 @@ bool TerminalDriver::isBusy() const
     return console->property("fileRunning").toBool() || !console->isEnabledTo(&tool);
 }
 
-QString TerminalDriver::transcript() const
+QString TerminalDriver::takeNewLines()
 {
-    return console->toPlainText();
+    QString lines;
+    for (QTextBlock block = console->document()->findBlockByNumber(linesTaken); block.next().isValid();
+         block = block.next()) {
+        lines += block.text() + QLatin1Char('\n');
+        ++linesTaken;
+    }
+    return lines;
+}
+
+QString TerminalDriver::lastLine() const
+{
+    return console->document()->lastBlock().text();
 }
 
 QAction *TerminalDriver::action(const QString &text) const

@@ -40,8 +40,11 @@ public:
     /// Whether a file runs or an answer is awaited.
     bool isBusy() const;
 
-    /// The console's whole text.
-    QString transcript() const;
+    /// The console's complete lines since the last call.
+    QString takeNewLines();
+
+    /// The line that is not complete: the prompt, and what is typed behind it.
+    QString lastLine() const;
 
 private:
     QAction *action(const QString &text) const;
@@ -50,6 +53,7 @@ private:
     QComboBox *const controllerBox;
     QPlainTextEdit *const console;
     QPlainTextEdit *const editor;
+    int linesTaken = 0;
 };
 
 } // namespace workbench

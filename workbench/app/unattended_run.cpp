@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QPixmap>
+#include <QTextCodec>
 #include <QTextStream>
 
 namespace workbench
@@ -29,11 +30,16 @@ bool readFile(const QString &path, QString &text, QString &error)
         error = UnattendedRun::tr("it is a folder");
         return false;
     }
+    if (file.exists() && !QFileInfo(path).isFile()) {
+        error = UnattendedRun::tr("it is not a file"); // a pipe could keep the run waiting for ever
+        return false;
+    }
     if (!file.open(QIODevice::ReadOnly)) {
         error = file.errorString();
         return false;
     }
-    text = QString::fromUtf8(file.readAll());
+    const QByteArray bytes = file.readAll();
+    text = QTextCodec::codecForUtfText(bytes, QTextCodec::codecForName("UTF-8"))->toUnicode(bytes);
     error = file.errorString();
     return file.error() == QFileDevice::NoError;
 }
@@ -117,14 +123,23 @@ void UnattendedRun::begin()
     step = &UnattendedRun::waitForEnd;
 }
 
+void UnattendedRun::printNewLines()
+{
+    if (options.commandFile.isEmpty())
+        return;
+    out << driver->takeNewLines();
+    out.flush();
+}
+
 void UnattendedRun::waitForEnd()
 {
+    // As it happens: whoever interrupts a run still has what was sent and answered.
+    printNewLines();
     if (driver->isBusy())
         return;
-    if (!options.commandFile.isEmpty()) {
-        const QString transcript = driver->transcript();
-        out << transcript << (transcript.endsWith(QLatin1Char('\n')) ? "" : "\n");
-    }
+    printNewLines();
+    if (!options.commandFile.isEmpty())
+        out << driver->lastLine() << QLatin1Char('\n');
     window.systemView().refreshVisible();
     // One more turn, so that everything that the last answer caused is laid out.
     step = &UnattendedRun::takePicture;
@@ -152,7 +167,12 @@ void UnattendedRun::end(int exitCode)
     step = nullptr;
     out.flush();
     err.flush();
-    Q_EMIT finished(exitCode);
+    const bool printed = out.status() == QTextStream::Ok;
+    if (!printed) {
+        err << tr("The transcript could not be written.") << QLatin1Char('\n');
+        err.flush();
+    }
+    Q_EMIT finished(printed ? exitCode : 1);
 }
 
 void UnattendedRun::fail(const QString &text)

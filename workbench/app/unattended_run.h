@@ -43,6 +43,7 @@ private:
     void waitForControllers();
     void begin();
     void waitForEnd();
+    void printNewLines();
     void takePicture();
     void end(int exitCode);
     void fail(const QString &text);
