@@ -109,16 +109,14 @@ void TerminalConsole::backspacePressed(QKeyEvent *event)
     if (hadSelection)
         confineToInput();
     QTextCursor cursor = textCursor();
-    const bool behindPrompt = cursor.position() > promptEnd;
-    if (cursor.hasSelection()) {
-        KdPlainTextEdit::keyPressEvent(event);
-    } else if (behindPrompt && !hadSelection && event->modifiers().testFlag(Qt::ControlModifier)) {
+    // Of a selection of earlier output only nothing is left now, and nothing is deleted in its place.
+    const bool deletesBackward = !hadSelection && cursor.position() > promptEnd;
+    if (deletesBackward && event->modifiers().testFlag(Qt::ControlModifier)) {
         // The editor's word may begin in front of the prompt.
         cursor.movePosition(QTextCursor::PreviousWord, QTextCursor::KeepAnchor);
         cursor.setPosition(qMax(cursor.position(), promptEnd), QTextCursor::KeepAnchor);
         cursor.removeSelectedText();
-    } else if (behindPrompt
-               && !hadSelection) { // a selection of earlier output only is gone, and nothing in its place
+    } else if (deletesBackward || cursor.hasSelection()) {
         KdPlainTextEdit::keyPressEvent(event);
     }
     hideCompletion();

@@ -65,7 +65,7 @@ void TerminalOrbClientConsole::executeWait(const QString &instruction)
     // The last five characters hold the number, whatever stands before them: a number of less than four digits is
     // refused, of one with six digits the last five count. This is meant.
     bool valid = false;
-    const uint milliseconds = instruction.right(5).toUInt(&valid, 10);
+    const uint milliseconds = instruction.rightRef(5).toUInt(&valid, 10);
     if (!valid) {
         printError(tr("bad wait instruction"));
         printPrompt();
