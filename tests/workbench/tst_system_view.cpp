@@ -3,9 +3,11 @@
 #include "tests/workbench/small_system.h"
 #include "workbench/app/system_model.h"
 
+#include <QLineEdit>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
+#include <QVBoxLayout>
 
 using workbench::SystemModel;
 using workbench::SystemView;
@@ -103,6 +105,33 @@ private Q_SLOTS:
         QTest::keyClick(&view, Qt::Key_Down);
         QCOMPARE(chosen.size(), 2);
         QCOMPARE(levelIn(chosen, 1), OrbItemId::Channel);
+    }
+
+    void showsWhetherItHasTheFocus()
+    {
+        SmallSystem system;
+        SystemModel model(system.mainData);
+        QWidget window;
+        auto *column = new QVBoxLayout(&window);
+        auto *view = new SystemView(model, &window);
+        auto *elsewhere = new QLineEdit(&window);
+        column->addWidget(view);
+        column->addWidget(elsewhere);
+        window.resize(600, 600);
+        window.show();
+        window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        const QModelIndex module = model.indexOf(LeftModule);
+        view->setCurrentIndex(module);
+        const auto selectionColour = [&] {
+            const QRect row = view->visualRect(module);
+            return view->viewport()->grab().toImage().pixelColor(row.right() - 1, row.center().y());
+        };
+        view->setFocus();
+        const QColor focused = selectionColour();
+        QCOMPARE(focused.hue(), view->palette().color(QPalette::Active, QPalette::Highlight).hue());
+        elsewhere->setFocus();
+        QVERIFY(selectionColour().saturation() < focused.saturation());
     }
 
     void choosesTheSameObjectAgain()

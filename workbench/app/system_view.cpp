@@ -46,12 +46,27 @@ QPixmap dragPicture(const QString &text, const QWidget &widget)
     return pixmap;
 }
 
+/// The palette with a paler selection for when the keys go elsewhere, so that the focus can be seen.
+QPalette withPaleInactiveSelection(QPalette palette)
+{
+    const auto mixed = [](int selection, int ground) { return (2 * selection + 3 * ground) / 5; };
+    const QColor selection = palette.color(QPalette::Active, QPalette::Highlight);
+    const QColor ground = palette.color(QPalette::Active, QPalette::Base);
+    palette.setColor(QPalette::Inactive, QPalette::Highlight,
+                     QColor(mixed(selection.red(), ground.red()), mixed(selection.green(), ground.green()),
+                            mixed(selection.blue(), ground.blue())));
+    palette.setColor(QPalette::Inactive, QPalette::HighlightedText,
+                     palette.color(QPalette::Active, QPalette::Text));
+    return palette;
+}
+
 } // namespace
 
 SystemView::SystemView(SystemModel &model, QWidget *parent) : QTreeView(parent), system(model)
 {
     setObjectName(QStringLiteral("systemView"));
     setAccessibleName(tr("System"));
+    setPalette(withPaleInactiveSelection(palette()));
     setModel(&model);
     setUniformRowHeights(true);
     setAlternatingRowColors(true);
