@@ -25,6 +25,14 @@ void RefreshLimiter::holdBack()
     widget->setUpdatesEnabled(false);
 }
 
+void RefreshLimiter::release()
+{
+    if (!timer.isActive())
+        return;
+    timer.stop();
+    widget->setUpdatesEnabled(true);
+}
+
 void RefreshLimiter::timerEvent(QTimerEvent *event)
 {
     if (event->timerId() != timer.timerId()) {

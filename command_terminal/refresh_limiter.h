@@ -23,6 +23,9 @@ public:
     /// Something is about to change: the next painting waits for what else changes within 33 ms.
     void holdBack();
 
+    /// Nothing more is to be expected: what changed may be painted now.
+    void release();
+
 protected:
     void timerEvent(QTimerEvent *event) override;
 

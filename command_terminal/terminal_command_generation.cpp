@@ -52,6 +52,7 @@ TerminalCommandGeneration::TerminalCommandGeneration(QWidget *parent, KdMainData
 
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(0, 0, 0, 0);
+    grid->setHorizontalSpacing(4);
     int column = 0;
     addColumn(grid, column++, new QLabel(QStringLiteral("Controller"), this), controllerBox);
     addColumn(grid, column++, new QLabel(QStringLiteral("Line"), this), lineEdit);
@@ -65,7 +66,9 @@ TerminalCommandGeneration::TerminalCommandGeneration(QWidget *parent, KdMainData
     const int digit = fontMetrics().horizontalAdvance(QLatin1Char('0'));
     for (QLineEdit *edit : {lineEdit, addressEdit, channelEdit, unitEdit})
         edit->setMaximumWidth(digit * 10);
-    valueEdit->setMinimumWidth(digit * 10);
+    valueEdit->setMinimumWidth(digit * 8);
+    for (QPushButton *button : {getButton, setButton})
+        button->setMaximumWidth(digit * 8);
     connect(itemBox, &QComboBox::currentTextChanged, itemBox,
             &QWidget::setToolTip); // where the name does not fit
 

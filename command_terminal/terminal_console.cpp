@@ -2,8 +2,8 @@
 
 #include "command_terminal/console_text.h"
 #include "command_terminal/terminal_console_completer.h"
+#include "command_terminal/terminal_font.h"
 
-#include <QFontDatabase>
 #include <QTextDocument>
 #include <QTextOption>
 
@@ -28,7 +28,7 @@ TerminalConsole::TerminalConsole(QWidget *parent, KdMainData &hostData, KdObserv
     blackAndWhite.setColor(QPalette::Base, Qt::black);
     blackAndWhite.setColor(QPalette::Text, Qt::white);
     setPalette(blackAndWhite);
-    setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    setFont(command_terminal::terminalFont());
     setTabStopDistance(TabStopPixels);
     // Looking for a blank to break at takes the square of a word's length: an answer of some 100,000 characters without
     // one would freeze the window for many seconds.

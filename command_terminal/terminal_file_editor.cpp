@@ -1,6 +1,7 @@
 #include "command_terminal/terminal_file_editor.h"
 
 #include "command_terminal/file_text.h"
+#include "command_terminal/terminal_font.h"
 #include "hostsdk/kd_child_event.h"
 #include "hostsdk/kd_main_data.h"
 #include "hostsdk/kd_observer.h"
@@ -9,7 +10,6 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QFontDatabase>
 #include <QSaveFile>
 #include <QTextCodec>
 
@@ -19,7 +19,7 @@ TerminalFileEditor::TerminalFileEditor(QWidget *parent, TerminalPluginState *sta
       pluginState(state),
       codec(QTextCodec::codecForLocale())
 {
-    setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    setFont(command_terminal::terminalFont());
     setWordWrapMode(QTextOption::WrapAnywhere); // at blanks, a file of one long word would freeze the window
     connect(this, &QPlainTextEdit::textChanged, this, &TerminalFileEditor::textWasChanged);
 }

@@ -65,6 +65,11 @@ TerminalWidget::TerminalWidget(QWidget *parent, TerminalPluginState *state, KdMa
     auto *refreshLimiter = new command_terminal::RefreshLimiter(this);
     connect(console, &TerminalOrbClientConsole::fileLineTaken, refreshLimiter,
             &command_terminal::RefreshLimiter::holdBack);
+    connect(console, &TerminalOrbClientConsole::fileRunningChanged, refreshLimiter,
+            [refreshLimiter](bool running) {
+                if (!running)
+                    refreshLimiter->release();
+            });
     console->installEventFilter(this);
     editor->installEventFilter(this);
     const QList<QLineEdit *> fields = commandPanel->findChildren<QLineEdit *>();

@@ -19,6 +19,7 @@ private Q_SLOTS:
     void paintsOnceForManyChanges();
     void keepsPaintingWhileChangesGoOn();
     void leavesAQuietWidgetAlone();
+    void paintsWhenReleased();
     void isDestroyedMeanwhile();
 
 private:
@@ -98,6 +99,17 @@ void TestRefreshLimiter::leavesAQuietWidgetAlone()
     QCoreApplication::processEvents();
     QTRY_COMPARE(widget->painted, 7);
     QCOMPARE(widget->paints, 1);
+    QVERIFY(widget->updatesEnabled());
+}
+
+void TestRefreshLimiter::paintsWhenReleased()
+{
+    limiter->holdBack();
+    widget->change(3);
+    limiter->release();
+    QVERIFY(widget->updatesEnabled());
+    QTRY_COMPARE(widget->painted, 3);
+    limiter->release(); // nothing is held back
     QVERIFY(widget->updatesEnabled());
 }
 

@@ -52,6 +52,7 @@ private Q_SLOTS:
     void executeFileRunsTheWholeText();
     void executeFileWithAnEmptyEditor();
     void executeFileInTerminalModeAsWell();
+    void executedFileIsPaintedAtOnce();
     void clearTerminalEmptiesDisplayAndHistory();
     void aRequestGoesToTheVisibleConsole();
     void aRequestGoesToTheVisibleEditor();
@@ -226,6 +227,14 @@ void TestTerminalWidget::executeFileWithAnEmptyEditor()
     QVERIFY(bench->backend.requests().isEmpty());
     QCOMPARE(bench->console->toPlainText(), QStringLiteral("> "));
     QVERIFY(bench->console->isEnabled());
+}
+
+void TestTerminalWidget::executedFileIsPaintedAtOnce()
+{
+    bench->editor->setPlainText(QStringLiteral("# one\n# two\n"));
+    bench->send(KD::ExecuteFile);
+    QVERIFY(!bench->console->isFileRunning());
+    QVERIFY(bench->tool->updatesEnabled()); // a picture taken now shows it
 }
 
 void TestTerminalWidget::executeFileInTerminalModeAsWell()

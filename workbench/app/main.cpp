@@ -18,6 +18,8 @@
 namespace
 {
 
+constexpr int DesktopPointSize = 10;
+
 QtMessageHandler defaultMessageHandler = nullptr;
 
 /// Qt's own applications take "-plugin", with one dash or two, before we see it. Ours has two, and is taken out of
@@ -119,8 +121,13 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationName(QStringLiteral("terminal-workbench"));
     QCoreApplication::setApplicationVersion(QStringLiteral(WORKBENCH_VERSION));
 
-    if (!hasScreen())
+    if (!hasScreen()) {
         defaultMessageHandler = qInstallMessageHandler(writeMessage);
+        // Without a desktop that says otherwise, Qt's font is a size that no desktop uses.
+        QFont font = QApplication::font();
+        font.setPointSize(DesktopPointSize);
+        QApplication::setFont(font);
+    }
 
     QTextStream out(stdout);
     QTextStream err(stderr);
