@@ -1,6 +1,7 @@
 #include "workbench/app/system_view.h"
 
 #include "workbench/app/system_model.h"
+#include "workbench/app/system_state.h"
 
 #include <QDrag>
 #include <QHeaderView>
@@ -190,6 +191,8 @@ void SystemView::layOutColumns()
     fit(SystemModel::VoltageSetColumn, voltageText(-8888));
     fit(SystemModel::VoltageMeasureColumn, voltageText(-8888));
     fit(SystemModel::CurrentMeasureColumn, currentText(-888.888e-6));
+    fit(SystemModel::StateColumn,
+        stateText(SystemState::Off)); // no scroll bar as long as the mark and a word fit
     header()->setStretchLastSection(true);
     header()->setSectionsMovable(false);
 }
