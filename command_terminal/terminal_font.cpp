@@ -1,7 +1,7 @@
 #include "command_terminal/terminal_font.h"
 
 #include <QFontDatabase>
-#include <QFontInfo>
+#include <QFontMetrics>
 
 namespace command_terminal
 {
@@ -9,7 +9,9 @@ namespace command_terminal
 QFont terminalFont()
 {
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    if (!QFontInfo(font).fixedPitch()) {
+    // Not by what the font says of itself, which is often wrong.
+    const QFontMetrics metrics(font);
+    if (metrics.horizontalAdvance(QLatin1Char('i')) != metrics.horizontalAdvance(QLatin1Char('W'))) {
         font.setFamily(QStringLiteral("DejaVu Sans Mono"));
         font.setStyleHint(QFont::Monospace);
     }
