@@ -102,10 +102,16 @@ void TestOrbClient::opensScriptConnections()
                                               QStringLiteral("script"), QStringLiteral("id"),
                                               QStringLiteral("me"), QStringLiteral("secret"), number)
             == TarnResult::Success);
-    QCOMPARE(backend->callsOf(QStringLiteral("openConnection")).last().arguments,
-             (QStringList{QStringLiteral("s"), QStringLiteral("host:1"), QStringLiteral("me"),
-                          QStringLiteral("secret")}));
+    QCOMPARE(backend->callsOf(QStringLiteral("openScriptConnection")).last().arguments,
+             (QStringList{QStringLiteral("s"), QStringLiteral("host:1"), QStringLiteral("script"),
+                          QStringLiteral("id"), QStringLiteral("me"), QStringLiteral("secret")}));
+    QVERIFY(backend->callsOf(QStringLiteral("openConnection")).isEmpty());
     QVERIFY(client->checkHasConnection(QStringLiteral("s")));
+
+    backend->setResult(TarnResult::NotConnected);
+    QVERIFY(client->establishScriptConnection(QString(), QString(), QString(), QString(), QString(),
+                                              QString(), number)
+            == TarnResult::NotConnected);
 }
 
 void TestOrbClient::tellsWhichConnectionsAreOpen()

@@ -135,6 +135,10 @@ void TestRecordingBackend::neverGivesAnIndexAgain()
     QVERIFY(backend.openConnection(Name, QString(), QString(), QString()) == TarnResult::Success);
     QCOMPARE(backend.connectionIndex(Name), 1);
     QCOMPARE(backend.controllers().size(), 1);
+    const QString script = QStringLiteral("script");
+    QVERIFY(backend.openScriptConnection(script, QString(), QString(), QString(), QString(), QString())
+            == TarnResult::Success);
+    QCOMPARE(backend.connectionIndex(script), 2);
 }
 
 QTEST_GUILESS_MAIN(TestRecordingBackend)

@@ -170,6 +170,19 @@ TarnResult RecordingBackend::openConnection(const QString &connectionName, const
                                             const QString &login, const QString &password)
 {
     record("openConnection", {connectionName, address, login, password});
+    return open(connectionName);
+}
+
+TarnResult RecordingBackend::openScriptConnection(const QString &connectionName, const QString &address,
+                                                  const QString &scriptName, const QString &sessionId,
+                                                  const QString &login, const QString &password)
+{
+    record("openScriptConnection", {connectionName, address, scriptName, sessionId, login, password});
+    return open(connectionName);
+}
+
+TarnResult RecordingBackend::open(const QString &connectionName)
+{
     const std::lock_guard<std::mutex> lock(mutex);
     if (result == TarnResult::Success)
         connections.append({connectionName, connectionName, true});

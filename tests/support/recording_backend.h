@@ -81,6 +81,9 @@ public:
     void setListener(OrbBackendListener *newListener) override;
     TarnResult openConnection(const QString &connectionName, const QString &address, const QString &login,
                               const QString &password) override;
+    TarnResult openScriptConnection(const QString &connectionName, const QString &address,
+                                    const QString &scriptName, const QString &sessionId, const QString &login,
+                                    const QString &password) override;
     TarnResult closeConnection(const QString &connectionName) override;
     QVector<QPair<QString, QString>> controllers() const override;
     int connectionIndex(const QString &connectionName) const override;
@@ -111,6 +114,7 @@ private:
     void record(const char *operation, const QStringList &arguments) const;
     int openIndex(const QString &connectionName) const;
     QString itemKey(const OrbItemId &id) const;
+    TarnResult open(const QString &connectionName);
     void tellListener(const std::function<void(OrbBackendListener &)> &call);
 
     // Not Qt's locks, which the thread sanitizer does not see.

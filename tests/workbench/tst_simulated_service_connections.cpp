@@ -24,6 +24,7 @@ private Q_SLOTS:
     void closesAConnection();
     void reopenedNameKeepsItsIndex();
     void tellsWhoIsConnected();
+    void remembersTheScriptThatOpened();
     void controllerGoesAndComesBack();
     void shutdownTakesTheControllerAway();
 };
@@ -162,6 +163,44 @@ void TestSimulatedServiceConnections::tellsWhoIsConnected()
     QVERIFY(read(hv, QStringLiteral("Status.sessionId")) != read(Local, QStringLiteral("Status.sessionId")));
     QCOMPARE(service->closeConnection(hv), TarnResult::Success);
     QCOMPARE(read(Local, clients), QStringLiteral("1"));
+}
+
+void TestSimulatedServiceConnections::remembersTheScriptThatOpened()
+{
+    const auto session = [this](const QString &connection) {
+        OrbItemReading reading;
+        const OrbItemId id = systemItem(connection, QStringLiteral("Status.sessionId"));
+        return service->readItem(id, reading) == TarnResult::Success ? reading.value : QString();
+    };
+    const auto open = [this](const QString &name, const QString &address, const QString &sessionId) {
+        return service->openScriptConnection(name, address, QStringLiteral("ramp.py"), sessionId, QString(),
+                                             QString());
+    };
+    const QString parent = QStringLiteral("parent");
+    const QString address = QStringLiteral("127.0.0.1:8081");
+    QCOMPARE(open(parent, address, QStringLiteral("42")), TarnResult::Success);
+    QCOMPARE(service->connectionScript(parent), QStringLiteral("ramp.py"));
+    QCOMPARE(session(parent), QStringLiteral("42"));
+    QCOMPARE(listener->structureChanges(), 1);
+    QVector<OrbItemId> modules;
+    QVERIFY(service->modules(parent, modules));
+    QCOMPARE(modules.size(), 1); // the bench's
+
+    QCOMPARE(open(parent, address, QStringLiteral("43")), TarnResult::Failed);
+    QCOMPARE(session(parent), QStringLiteral("42"));
+    QCOMPARE(service->connectionScript(Local), QString());
+    QCOMPARE(service->connectionScript(QStringLiteral("nobody")), QString());
+
+    const QString other = QStringLiteral("other");
+    QCOMPARE(open(other, address, QString()), TarnResult::Success);
+    QVERIFY(!session(other).isEmpty());
+    QVERIFY(session(other) != session(Bench));
+
+    // Once closed, the name is anybody's.
+    QCOMPARE(service->closeConnection(parent), TarnResult::Success);
+    QCOMPARE(service->openConnection(parent, address, QString(), QString()), TarnResult::Success);
+    QCOMPARE(service->connectionScript(parent), QString());
+    QVERIFY(session(parent) != QStringLiteral("42"));
 }
 
 void TestSimulatedServiceConnections::controllerGoesAndComesBack()

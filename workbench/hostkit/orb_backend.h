@@ -60,6 +60,10 @@ public:
 
     virtual TarnResult openConnection(const QString &connectionName, const QString &address,
                                       const QString &login, const QString &password) = 0;
+    /// The same for a script that the service started, which names itself and the session that it was started in.
+    virtual TarnResult openScriptConnection(const QString &connectionName, const QString &address,
+                                            const QString &scriptName, const QString &sessionId,
+                                            const QString &login, const QString &password) = 0;
     virtual TarnResult closeConnection(const QString &connectionName) = 0;
     /// Pairs of connection name and display text, in the order of the connection indices.
     virtual QVector<QPair<QString, QString>> controllers() const = 0;

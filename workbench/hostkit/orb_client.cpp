@@ -80,11 +80,10 @@ TarnResult OrbClient::establishConnection(const QString &connectionName, const Q
 }
 
 TarnResult OrbClient::establishScriptConnection(const QString &connectionName, const QString &address,
-                                                const QString &, const QString &, const QString &login,
-                                                const QString &password, unsigned &number)
+                                                const QString &scriptName, const QString &sessionId,
+                                                const QString &login, const QString &password, unsigned &)
 {
-    // Script name and session id are for a service that calls its script back; a backend is no such service.
-    return establishConnection(connectionName, address, login, password, number);
+    return backend.openScriptConnection(connectionName, address, scriptName, sessionId, login, password);
 }
 
 bool OrbClient::checkHasConnection(const QString &connectionName)

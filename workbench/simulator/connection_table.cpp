@@ -96,7 +96,7 @@ int ConnectionTable::clientsOf(const Controller &target) const
     return result;
 }
 
-TarnResult ConnectionTable::open(const QString &name, const QString &address)
+TarnResult ConnectionTable::open(const QString &name, const QString &address, const ScriptOrigin &script)
 {
     Connection *const existing = find(name);
     if (name.isEmpty() || !isAddress(address) || (existing != nullptr && existing->isOpen))
@@ -105,10 +105,11 @@ TarnResult ConnectionTable::open(const QString &name, const QString &address)
     Controller *const target = existing != nullptr ? existing->controller : controllerAt(address);
     if (target == nullptr || !target->isAvailable())
         return TarnResult::NotConnected;
-    if (existing != nullptr)
-        existing->isOpen = true;
-    else
-        add(name, QStringLiteral("%1 (%2)").arg(target->displayText(), name), *target);
+    Connection &connection = existing != nullptr
+        ? *existing
+        : add(name, QStringLiteral("%1 (%2)").arg(target->displayText(), name), *target);
+    connection.isOpen = true;
+    connection.script = script;
     return TarnResult::Success;
 }
 
@@ -141,7 +142,9 @@ TarnResult ConnectionTable::read(const Connection &connection, const ObjectAddre
     if (!isReadable(*definition))
         return TarnResult::Denied;
     const double now = clock.now();
-    const ConnectionView view{connection.name, connection.displayText, connection.sessionId,
+    const QString &scriptSession = connection.script.sessionId;
+    const ConnectionView view{connection.name, connection.displayText,
+                              scriptSession.isEmpty() ? connection.sessionId : scriptSession,
                               clientsOf(controller)};
     reading.value = formatValue(*definition, controller.read(object, *definition, view, now));
     reading.unit = items->unit(*definition);
@@ -188,7 +191,7 @@ Controller *ConnectionTable::controllerAt(const QString &address) const
     return plant.empty() ? nullptr : plant.front().get();
 }
 
-void ConnectionTable::add(const QString &name, const QString &displayText, Controller &target)
+Connection &ConnectionTable::add(const QString &name, const QString &displayText, Controller &target)
 {
     auto connection = std::make_unique<Connection>();
     connection->name = name;
@@ -196,6 +199,7 @@ void ConnectionTable::add(const QString &name, const QString &displayText, Contr
     connection->sessionId = QStringLiteral("session-%1").arg(connections.size() + 1);
     connection->controller = &target;
     connections.push_back(std::move(connection));
+    return *connections.back();
 }
 
 } // namespace simulator

@@ -17,12 +17,20 @@
 namespace simulator
 {
 
+/// Who opens a connection: a script that the service started. Both texts are empty for anybody else.
+struct ScriptOrigin
+{
+    QString name;
+    QString sessionId; ///< of the session that the script was started in
+};
+
 /// A connection to a controller. Its index is its place in the table.
 struct Connection
 {
     QString name;
     QString displayText;
-    QString sessionId;
+    QString sessionId; ///< the connection's own
+    ScriptOrigin script;
     Controller *controller = nullptr; // never null, not owned
     bool isOpen = true;
     PassThrough passThrough;
@@ -66,11 +74,11 @@ public:
     /// What somebody is told who asked for a connection that cannot be used.
     QString refusalOf(const QString &name) const;
 
-    TarnResult open(const QString &name, const QString &address);
+    TarnResult open(const QString &name, const QString &address, const ScriptOrigin &script);
 
 private:
     Controller *controllerAt(const QString &address) const;
-    void add(const QString &name, const QString &displayText, Controller &target);
+    Connection &add(const QString &name, const QString &displayText, Controller &target);
 
     std::vector<std::unique_ptr<Controller>> plant;
     std::vector<std::unique_ptr<Connection>> connections;

@@ -97,6 +97,13 @@ TarnResult SimulatedService::injectPassThroughMessage(const QString &connectionN
     });
 }
 
+QString SimulatedService::connectionScript(const QString &connectionName) const
+{
+    const Guard lock(plantMutex);
+    const Connection *const connection = connections.find(connectionName);
+    return connection == nullptr ? QString() : connection->script.name;
+}
+
 QVector<OrbItemValue> SimulatedService::takeSentPassThroughMessages(const QString &connectionName)
 {
     const Guard lock(plantMutex);
@@ -119,10 +126,23 @@ void SimulatedService::setListener(OrbBackendListener *listener)
 TarnResult SimulatedService::openConnection(const QString &connectionName, const QString &address,
                                             const QString & /*login*/, const QString & /*password*/)
 {
+    return open(connectionName, address, {});
+}
+
+TarnResult SimulatedService::openScriptConnection(const QString &connectionName, const QString &address,
+                                                  const QString &scriptName, const QString &sessionId,
+                                                  const QString & /*login*/, const QString & /*password*/)
+{
+    return open(connectionName, address, {scriptName, sessionId});
+}
+
+TarnResult SimulatedService::open(const QString &connectionName, const QString &address,
+                                  const ScriptOrigin &script)
+{
     OrbItemId id(OrbItemId::System);
     {
         const Guard lock(plantMutex);
-        const TarnResult result = connections.open(connectionName, address);
+        const TarnResult result = connections.open(connectionName, address, script);
         if (result != TarnResult::Success)
             return result;
         id.connectionName = connectionName;

@@ -26,6 +26,8 @@ namespace simulator
 /// - An item that can only be written is Denied to a reader. A value that does not fit is Failed.
 /// - A connection opened to an address that no controller has gets the first controller, so that a script written for
 ///   the real system can be rehearsed as it stands. Any login will do. A name that is already open is Failed.
+/// - A connection that a script opens is in the session that the script names, which "Status.sessionId" then reads; a
+///   script that names none gets a session of its own, as every other connection has.
 /// - A raw request is carried out when its latency is over; that is also when its values are taken. Its commands are
 ///   carried out in order up to the first that does not succeed; the one trigger message of a request says how that
 ///   one went, and values read before it are not sent. See answer_text.h for the data.
@@ -58,6 +60,9 @@ public:
     /// All controllers, also those that are away: name and display text.
     QVector<QPair<QString, QString>> allControllers() const;
 
+    /// The script that opened the connection; empty when no script did.
+    QString connectionScript(const QString &connectionName) const;
+
     /// Hands a request to the script that activated the pass-through. Failed when none did, or too many wait.
     TarnResult injectPassThroughMessage(const QString &connectionName, const OrbRequestItem &request);
     /// What the script sent since the last call, in order.
@@ -69,6 +74,9 @@ public:
 
     TarnResult openConnection(const QString &connectionName, const QString &address, const QString &login,
                               const QString &password) override;
+    TarnResult openScriptConnection(const QString &connectionName, const QString &address,
+                                    const QString &scriptName, const QString &sessionId, const QString &login,
+                                    const QString &password) override;
     TarnResult closeConnection(const QString &connectionName) override;
     QVector<QPair<QString, QString>> controllers() const override;
     int connectionIndex(const QString &connectionName) const override;
@@ -96,6 +104,7 @@ public:
 private:
     using Guard = std::lock_guard<std::mutex>;
 
+    TarnResult open(const QString &connectionName, const QString &address, const ScriptOrigin &script);
     /// Null when there is none. Expects the plant to be locked; the operations below expect it not to be.
     Connection *usableConnection(const QString &name) const;
     /// Calls the function with the connection, locked; or says why there is none to be used.
