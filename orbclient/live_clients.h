@@ -1,0 +1,22 @@
+#pragma once
+
+class OrbClient;
+
+// Which clients may be called. Objects keep a bare pointer to the client that made them and live as long as the
+// process, longer than a client may; before an object calls its client, it asks here.
+//
+// Guarded by the interpreter lock.
+
+namespace orbclient
+{
+
+/// A module works through the client from now on. Modules may share one: it is then added more than once.
+void addLiveClient(OrbClient *client);
+
+/// A module no longer works through the client.
+void removeLiveClient(OrbClient *client);
+
+/// The client itself while some module works through it, else null; null for null.
+OrbClient *liveClient(OrbClient *client);
+
+} // namespace orbclient
