@@ -33,5 +33,8 @@ if(NOT Python3_FOUND)
     "Pass -DPython3_ROOT_DIR=<prefix> with the folder that holds include/python3.7m and lib/.")
 endif()
 
+# Where an embedded interpreter of ours finds its standard library.
+get_filename_component(TERMINAL_PYTHON_HOME "${Python3_STDLIB}/../.." ABSOLUTE)
+
 add_library(terminal_python_headers INTERFACE)
 target_include_directories(terminal_python_headers SYSTEM INTERFACE ${Python3_INCLUDE_DIRS})
