@@ -213,8 +213,10 @@ void ObjectTypeTest::releaseOfSubclassInstance()
     // The storage goes back, and with it the instance's hold on its type; what the members held stays.
     QCOMPARE(eval(QStringLiteral("sys.getrefcount(kept) - keptBefore")), QStringLiteral("0"));
     QCOMPARE(eval(QStringLiteral("sys.getrefcount(Sub) - subBefore")), QStringLiteral("-1"));
-    const qlonglong saved = bytesKeptBy(QStringLiteral("T()")) - bytesKeptBy(QStringLiteral("Sub()"));
-    QVERIFY2(saved >= 900 * expected.type->tp_basicsize, qPrintable(QString::number(saved)));
+    const qlonglong kept = bytesKeptBy(QStringLiteral("Sub()"));
+    QVERIFY(kept >= 0);
+    // Nearly, since the measurement itself keeps something. The lists that a type makes for each object stay with both.
+    QVERIFY(bytesKeptBy(QStringLiteral("T()")) - kept >= 900 * expected.type->tp_basicsize);
 }
 
 qlonglong ObjectTypeTest::bytesKeptBy(const QString &expression)
