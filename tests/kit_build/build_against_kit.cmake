@@ -58,7 +58,8 @@ refused("a library that is not there" "No library \"not_there\" under \"${kit}/l
 
 run("Configuring the plug-in with the kit"
   "${CMAKE_COMMAND}" -S "${product}" -B "${SCRATCH_DIR}/build" -G "${GENERATOR}"
-    "-DCMAKE_BUILD_TYPE=${BUILD_TYPE}" "-DCMAKE_CXX_COMPILER=${COMPILER}" "-DTERMINAL_HOST_KIT=${kit}")
+    "-DCMAKE_BUILD_TYPE=${BUILD_TYPE}" "-DCMAKE_CXX_COMPILER=${COMPILER}" "-DTERMINAL_HOST_KIT=${kit}"
+    "-DPython3_ROOT_DIR=${PYTHON_ROOT}")
 run("Building the plug-in with the kit"
   "${CMAKE_COMMAND}" --build "${SCRATCH_DIR}/build" --parallel 2 --target TerminalPlugin)
 
@@ -74,12 +75,14 @@ if(NOT dynamic MATCHES "NEEDED[^\n]*libhost_kit\\.so")
   message(FATAL_ERROR "The plug-in does not ask for the kit's library:\n${dynamic}")
 endif()
 execute_process(COMMAND "${READELF}" --dyn-syms --wide "${plugins}" OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
-if(NOT symbols MATCHES " qt_plugin_instance")
-  message(FATAL_ERROR "The plug-in has no entry that Qt would find:\n${symbols}")
-endif()
+foreach(entry IN ITEMS qt_plugin_instance qt_plugin_query_metadata PyInit_orbClientPython_3_for_ORB)
+  if(NOT symbols MATCHES " DEFAULT +[0-9]+ ${entry}\n")
+    message(FATAL_ERROR "The plug-in has no entry ${entry}:\n${symbols}")
+  endif()
+endforeach()
 
 file(READ "${SCRATCH_DIR}/build/compile_commands.json" commands)
-foreach(path IN ITEMS hostclient hostsdk workbench command_terminal plugin)
+foreach(path IN ITEMS hostclient hostsdk workbench orbclient command_terminal plugin)
   string(FIND "${commands}" "${SOURCE_DIR}/${path}/" found)
   if(NOT found EQUAL -1)
     message(FATAL_ERROR "The build reached back into ${SOURCE_DIR}/${path}")
