@@ -13,6 +13,9 @@ namespace orbclient
 class ByteText
 {
 public:
+    /// Enough for the path of an item, whatever its numbers.
+    static constexpr std::size_t Capacity = 127;
+
     bool append(std::string_view text)
     {
         if (text.size() > bytes.size() - 1 - length)
@@ -43,7 +46,7 @@ public:
     }
 
 private:
-    std::array<char, 256> bytes; // not filled: only what was appended is read
+    std::array<char, Capacity + 1> bytes{};
     std::size_t length = 0;
 };
 

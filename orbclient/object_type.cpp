@@ -29,7 +29,8 @@ PyTypeObject makeObjectType(const ObjectTypeParts &parts)
     type.tp_name = parts.name;
     type.tp_doc = parts.docstring;
     type.tp_basicsize = parts.size;
-    type.tp_flags = Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE | Py_TPFLAGS_DICT_SUBCLASS;
+    type.tp_flags = Py_TPFLAGS_DEFAULT;
+    type.tp_flags |= Py_TPFLAGS_BASETYPE | Py_TPFLAGS_DICT_SUBCLASS;
     type.tp_new = parts.create;
     type.tp_init = parts.initialise;
     type.tp_dealloc = releaseObject;

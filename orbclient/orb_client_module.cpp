@@ -25,13 +25,12 @@ namespace orbclient
 namespace
 {
 
-/// What each module keeps for itself. Only the first word has a meaning.
+/// The beginning of what each module keeps for itself; the rest of the state has no meaning and stays zero.
 struct ModuleState
 {
     OrbClient *client;
-    std::array<std::byte, 80 - sizeof(OrbClient *)> unused;
 };
-static_assert(sizeof(ModuleState) == 80, "the size of the state is part of the module's definition");
+constexpr Py_ssize_t StateSize = 80; // part of the module's definition
 
 OrbClient *clientOf(PyObject *module)
 {
@@ -198,7 +197,7 @@ PyModuleDef &moduleDefinition()
     static PyModuleDef definition = {PyModuleDef_HEAD_INIT,
                                      "orbClientPython_3",
                                      "",
-                                     sizeof(ModuleState),
+                                     StateSize,
                                      methods.data(),
                                      nullptr,
                                      nullptr,
@@ -252,7 +251,7 @@ PyObject *PyInit_orbClientPython_3_for_ORB()
     PyRef module(PyModule_Create2(&moduleDefinition(), ApiVersion));
     if (!module)
         return nullptr;
-    std::memset(PyModule_GetState(module.get()), 0, sizeof(ModuleState));
+    std::memset(PyModule_GetState(module.get()), 0, StateSize);
     const bool complete = addType(module.get(), "connection", connectionType)
         && addType(module.get(), "crate", crateType) && addType(module.get(), "module", moduleType)
         && addType(module.get(), "channel", channelType) && addType(module.get(), "dataFrame", dataFrameType);

@@ -257,7 +257,7 @@ void TestConversionShortcuts::writesTextsAlike()
         for (char &letter : text)
             letter = char(random() % 128);
         const PyRef value(PyUnicode_FromStringAndSize(text.constData(), text.size()));
-        const bool usual = !text.contains('\0') && text.size() < 256;
+        const bool usual = !text.contains('\0') && text.size() <= int(ByteText::Capacity);
         QCOMPARE(compareWriting(value.get()), usual);
         QCOMPARE(plainAscii(value.get()).has_value(), !text.contains('\0'));
     }
@@ -282,13 +282,15 @@ void TestConversionShortcuts::declinesWhatIsNoPlainAscii()
 
 void TestConversionShortcuts::cutsNothingThatDoesNotFit()
 {
+    constexpr std::size_t Free = 5;
+    const std::string beginning(ByteText::Capacity - Free, 'a');
     ByteText text;
-    QVERIFY(text.append(std::string(250, 'a')));
+    QVERIFY(text.append(beginning));
     QVERIFY(!text.append(std::string_view("123456")));
-    QVERIFY(!text.append(1234567));
+    QVERIFY(!text.append(123456));
     QVERIFY(text.append(12345));
     QVERIFY(!text.append('b'));
-    QCOMPARE(QByteArray(text.terminated()), QByteArray(250, 'a') + "12345");
+    QCOMPARE(QByteArray(text.terminated()), QByteArray::fromStdString(beginning) + "12345");
 }
 
 QTEST_GUILESS_MAIN(TestConversionShortcuts)
