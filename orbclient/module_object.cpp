@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cstddef>
+#include <limits>
 
 namespace orbclient
 {
@@ -121,9 +122,10 @@ quint32 readChannelCount(OrbClient &client, const QString &connectionName, quint
     id.channel = -1;
     id.itemName = OrbItemDefinitions::getItemNameModuleStatusnumberOfChannels();
     OrbItemValue value(id);
+    // QVariant::toUInt() makes an unsigned number of a negative one and of one that does not fit.
     bool ok = false;
-    const uint count = client.readItemValue(value) ? value.value().toUInt(&ok) : 0;
-    return ok ? count : 0;
+    const qlonglong count = client.readItemValue(value) ? value.value().toLongLong(&ok) : 0;
+    return ok && count >= 0 && count <= std::numeric_limits<quint32>::max() ? static_cast<quint32>(count) : 0;
 }
 
 } // namespace

@@ -117,6 +117,9 @@ void TestModuleObject::hasAsManyChannelsAsItSays_data()
     QTest::newRow("none") << QStringLiteral("0") << QStringLiteral("int") << none;
     QTest::newRow("no number") << QStringLiteral("abc") << QStringLiteral("string") << none;
     QTest::newRow("nothing") << QString() << QStringLiteral("string") << none;
+    QTest::newRow("negative") << QStringLiteral("-1") << QStringLiteral("int") << none;
+    QTest::newRow("negative fraction") << QStringLiteral("-1.5") << QStringLiteral("float") << none;
+    QTest::newRow("beyond 32 bits") << QStringLiteral("4294967298") << QStringLiteral("int") << none;
     QTest::newRow("negative text") << QStringLiteral("-1") << QStringLiteral("string") << none;
 }
 
