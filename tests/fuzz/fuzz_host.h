@@ -3,14 +3,12 @@
 #include "hostclient/dl_data_access.h"
 #include "hostsdk/kd_main_data.h"
 #include "plugin/terminal_plugin_state.h"
+#include "tests/fuzz/fuzz_require.h"
 #include "tests/support/recording_backend.h"
 #include "tests/support/recording_observer.h"
 
 #include <QApplication>
 #include <QLoggingCategory>
-
-#include <cstdio>
-#include <cstdlib>
 
 /// The host that a tool needs, made anew for every input.
 struct FuzzHost
@@ -37,13 +35,4 @@ inline void ensureApplication()
         return true;
     }();
     Q_UNUSED(quiet)
-}
-
-/// A promise was broken: libFuzzer keeps the input that did it.
-inline void require(bool held, const char *promise)
-{
-    if (held)
-        return;
-    std::fprintf(stderr, "broken: %s\n", promise);
-    std::abort();
 }
