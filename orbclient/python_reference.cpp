@@ -24,7 +24,17 @@ QString introductionOf(const QString &typeName)
              "`\"error\"`, and `rawCommand()` raises `SystemError`.\n\n"
              "`crates` and `modules` are read once, when the object is made. `getCrates()` and "
              "`getModules()` "
-             "read anew, make new objects each time, and leave the members as they are.")},
+             "read anew, make new objects each time, and leave the members as they are. Objects stay in "
+             "memory: call "
+             "them once.\n\n"
+             "`rawCommand()` gives `\"ok\"` when the service took the command, else the response of the "
+             "service, "
+             "or `\"error\"` when there is none.\n\n"
+             "For the data pass-through call `activateDataPassThrough()`, with the name of the script, "
+             "`\"script\"` when it is left out. `getNextPassThroughMessage()` gives the next message, or "
+             "`\"error\"` when there is none; `getPassThroughMessageList()` gives all that wait. "
+             "`sendMessageList()` leaves out what is no data frame, and gives `\"error\"` when nothing is "
+             "left.")},
         {QStringLiteral("crate"),
          QStringLiteral(
              "A powered chassis that holds modules, on one line of a connection. The member `crates` "
@@ -63,8 +73,8 @@ QString introductionOf(const QString &typeName)
 /// Nothing in the text is taken for a mark of Markdown's.
 QString plain(const QString &text)
 {
-    static const QRegularExpression marks(QStringLiteral(R"([\\|<>*_`\[\]])"));
-    return QString(text).replace(marks, QStringLiteral("\\\\0"));
+    static const QRegularExpression marks(QStringLiteral(R"(([\\|<>*_`\[\]]))"));
+    return QString(text).replace(marks, QStringLiteral("\\\\1"));
 }
 
 QString code(const QString &text)
