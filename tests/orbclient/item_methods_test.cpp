@@ -62,14 +62,14 @@ void ItemMethodsTest::setItemText(const char *item, const QString &text)
                       {text, QStringLiteral("V"), QStringLiteral("string"), 12.5});
 }
 
-/// The type's own definition of the method, null when it has none.
-const PyMethodDef *ItemMethodsTest::definition(const ExpectedMethod &method) const
+/// The type's own definition of the method, without a name when it has none.
+PyMethodDef ItemMethodsTest::definition(const ExpectedMethod &method) const
 {
     for (const PyMethodDef *found = expectation().type->tp_methods; found->ml_name != nullptr; ++found) {
         if (qstrcmp(found->ml_name, method.name) == 0)
-            return found;
+            return *found;
     }
-    return nullptr;
+    return {};
 }
 
 void ItemMethodsTest::listsMethodsInOrder()
@@ -96,10 +96,10 @@ void ItemMethodsTest::documentsMethod()
 {
     QFETCH(int, row);
     const ExpectedMethod &method = expectation().methods.at(row);
-    const PyMethodDef *defined = definition(method);
-    QVERIFY(defined != nullptr);
-    QVERIFY(defined->ml_doc != nullptr);
-    QCOMPARE(QString::fromLatin1(defined->ml_doc), QString::fromLatin1(method.docstring));
+    const PyMethodDef defined = definition(method);
+    QCOMPARE(defined.ml_name, method.name);
+    QVERIFY(defined.ml_doc != nullptr);
+    QCOMPARE(QString::fromLatin1(defined.ml_doc), QString::fromLatin1(method.docstring));
     const PyRef shown =
         interpreter().evaluate(QStringLiteral("T.%1.__doc__").arg(QLatin1String(method.name)));
     // Python shows an empty docstring as none at all.
@@ -116,9 +116,9 @@ void ItemMethodsTest::declaresHowMethodTakesArguments()
 {
     QFETCH(int, row);
     const ExpectedMethod &method = expectation().methods.at(row);
-    const PyMethodDef *defined = definition(method);
-    QVERIFY(defined != nullptr);
-    QCOMPARE(defined->ml_flags, method.isGetter() ? METH_NOARGS : METH_VARARGS);
+    const PyMethodDef defined = definition(method);
+    QCOMPARE(defined.ml_name, method.name);
+    QCOMPARE(defined.ml_flags, method.isGetter() ? METH_NOARGS : METH_VARARGS);
 }
 
 void ItemMethodsTest::getterConvertsItsItem_data()
@@ -288,8 +288,8 @@ void ItemMethodsTest::refusesForeignSelf()
 {
     QFETCH(int, row);
     const ExpectedMethod &method = expectation().methods.at(row);
-    const PyMethodDef *defined = definition(method);
-    QVERIFY(defined != nullptr);
+    const PyMethodDef defined = definition(method);
+    QCOMPARE(defined.ml_name, method.name);
     if (method.use != MethodUse::Call)
         setItemText(method.item, QStringLiteral("5"));
     QCOMPARE(exec(QStringLiteral(
@@ -303,7 +303,7 @@ void ItemMethodsTest::refusesForeignSelf()
     QCOMPARE(PyList_Size(others.get()), Py_ssize_t(10));
     for (Py_ssize_t i = 0; i < PyList_Size(others.get()); ++i) {
         QCOMPARE(PythonInterpreter::describe(PythonInterpreter::callDirectly(
-                     *defined, PyList_GetItem(others.get(), i), arguments.get())),
+                     defined, PyList_GetItem(others.get(), i), arguments.get())),
                  PythonInterpreter::NoObject);
     }
 
@@ -311,7 +311,7 @@ void ItemMethodsTest::refusesForeignSelf()
     const PyRef subclass = interpreter().evaluate(QStringLiteral("Sub"));
     Py_TYPE(object()) = reinterpret_cast<PyTypeObject *>(subclass.get());
     const QString outcome =
-        PythonInterpreter::describe(PythonInterpreter::callDirectly(*defined, object(), arguments.get()));
+        PythonInterpreter::describe(PythonInterpreter::callDirectly(defined, object(), arguments.get()));
     Py_TYPE(object()) = expectation().type;
     QCOMPARE(outcome, PythonInterpreter::NoObject);
     QVERIFY(backend().calls().isEmpty());

@@ -46,5 +46,5 @@ private:
     void addRows(bool (*wanted)(const ExpectedMethod &));
     /// Lets the item of the object under test be read as a text that was taken at 12.5 s.
     void setItemText(const char *item, const QString &text);
-    const PyMethodDef *definition(const ExpectedMethod &method) const;
+    PyMethodDef definition(const ExpectedMethod &method) const;
 };
