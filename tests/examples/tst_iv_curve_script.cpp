@@ -33,6 +33,7 @@ private Q_SLOTS:
     void cleanupTestCase() { bench.reset(); }
 
     void writesTheCurve();
+    void switchesOnAtZero();
     void endsAtTheCurrentLimit();
     void touchesNothing_data();
     void touchesNothing();
@@ -112,6 +113,17 @@ void TestIvCurveScript::writesTheCurve()
     const double second = rows.at(2).split(',').at(0).toDouble();
     QVERIFY(first > 0);
     QVERIFY2(second - first >= 4 && second - first <= 5, qPrintable(QString::number(second - first)));
+}
+
+// Whatever voltage was set before, a channel goes there as soon as it is switched on.
+void TestIvCurveScript::switchesOnAtZero()
+{
+    bench->write(item("Control.voltageSet"), QStringLiteral("1500"));
+    QCOMPARE(run().error, QString());
+    const QStringList writes = bench->faults().writes();
+    const int on = writes.indexOf(item("Control.on=1"));
+    QVERIFY(on > 0);
+    QCOMPARE(writes.at(on - 1), item("Control.voltageSet=0"));
 }
 
 void TestIvCurveScript::endsAtTheCurrentLimit()

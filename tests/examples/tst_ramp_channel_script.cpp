@@ -247,6 +247,11 @@ void TestRampChannelScript::saysThatAChannelIsStillOn_data()
         b.faults().answer(item("Event.currentTrip"), QStringLiteral("true"));
         b.faults().answer(item("Status.voltageMeasure"), QStringLiteral("-61"));
     }) << QStringLiteral("-61.0");
+    QTest::newRow("on without a voltage") << Problem([](ScriptBench &b) {
+        b.faults().refuseToWrite(item("Control.on"));
+        b.faults().answer(item("Event.currentTrip"), QStringLiteral("true"));
+        b.faults().answer(item("Status.voltageMeasure"), QStringLiteral("5"));
+    }) << QStringLiteral("5.0");
     QTest::newRow("connection is lost")
         << Problem([](ScriptBench &b) { b.service().closeConnection(QStringLiteral("local")); })
         << QStringLiteral("error");

@@ -31,6 +31,7 @@ private Q_SLOTS:
     void namesAChannelThatStaysOn();
     void namesAChannelThatCannotBeRead();
     void namesAChannelWithAVoltageLeft();
+    void namesAChannelThatIsOnWithoutAVoltage();
     void looksAtOutputsThatItCannotSee();
     void saysThatThePowerStays_data();
     void saysThatThePowerStays();
@@ -129,6 +130,15 @@ void TestSafeShutdownScript::namesAChannelWithAVoltageLeft()
     QVERIFY2(outcome.printed(QStringLiteral("CHANNEL 0.1.3 IS NOT DOWN. Measured voltage: -60.5 (V).")),
              qPrintable(outcome.output));
     QVERIFY(outcome.error.startsWith(QStringLiteral("RuntimeError: 1 channels are not down")));
+    QCOMPARE(bench->read(Power), QStringLiteral("true"));
+}
+
+void TestSafeShutdownScript::namesAChannelThatIsOnWithoutAVoltage()
+{
+    bench->faults().answer(item("0.1.3.Status.on"), QStringLiteral("true"));
+    const ScriptBench::Outcome outcome = bench->run(Script);
+    QVERIFY2(outcome.printed(QStringLiteral("CHANNEL 0.1.3 IS NOT DOWN. Measured voltage: 0.0 (V).")),
+             qPrintable(outcome.output));
     QCOMPARE(bench->read(Power), QStringLiteral("true"));
 }
 
