@@ -18,10 +18,10 @@ namespace orbclient
 /// An object type of the module.
 struct TypeDescription
 {
-    const PyTypeObject *type;
+    const PyTypeObject *type = nullptr;
     MethodRows methods;
-    const char
-        *constructor; ///< what it takes, "(self, name: str = ...) -> None"; null when arguments are ignored
+    /// What it takes, "(self, name: str = ...) -> None"; null when constructor arguments are ignored.
+    const char *constructor = nullptr;
 
     /// As the module lists it: "channel".
     QString name() const;
@@ -46,7 +46,7 @@ struct ParameterDescription
 {
     QString name;
     QString typeName;
-    bool optional;
+    bool optional = false;
 };
 
 /// What a row can be called with, without "self".
