@@ -114,6 +114,9 @@ slotted = {name: kind() for name, kind in slotClasses.items()}
 slottedOdd = {name: fill(kind(), kinds[name]) for name, kind in slotClasses.items()}
 for o in derivedOdd.values(): o.extra = {"a": 1}
 for o in slottedOdd.values(): o.b = 5
+# What an object of a subclass holds is never let go; held by an object that is never freed, it is not lost.
+keeper = orbClient.dataFrame()
+keeper.value = [derived, derivedOdd, slotted, slottedOdd]
 )")),
              QString());
 }

@@ -279,7 +279,11 @@ def filled(made):
     for name, member in vars(orbClient.%1).items():
         if isinstance(member, types.MemberDescriptorType):
             setattr(made, name, {"a": 1})
+    keeper.value.append(made)
     return made
+# What an object of a subclass holds is never let go; held by an object that is never freed, it is not lost.
+keeper = orbClient.dataFrame()
+keeper.value = []
 )");
     QCOMPARE(python.exec(QStringLiteral("import types") + make.arg(type)), QString());
     for (const char *expression : {"orbClient.%1()", "filled(orbClient.%1())", "Own()", "filled(Own())",
