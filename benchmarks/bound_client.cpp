@@ -1,8 +1,6 @@
 // The same objects and client, bound by a general binding library in the way that its manual recommends: the measure
 // for the scripting module.
 
-#include <pybind11/embed.h>
-
 #include "benchmarks/in_process_client.h"
 #include "hostclient/orb_client.h"
 #include "hostclient/tarn_item.h"
@@ -11,6 +9,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+
+#include <pybind11/embed.h>
 
 namespace py = pybind11;
 
