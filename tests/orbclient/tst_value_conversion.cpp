@@ -1,6 +1,7 @@
 #include "orbclient/value_conversion.h"
 
 #include "hostclient/tarn_item.h"
+#include "orbclient/conversion_shortcuts.h"
 #include "tests/orbclient/item_record.h"
 #include "tests/support/python_interpreter.h"
 
@@ -185,6 +186,16 @@ void TestValueConversion::readsValues()
     for (int code = 0; code < expected.size(); ++code)
         read.append(readAs(item, code));
     QCOMPARE(read, expected);
+
+    // The short cut that methods take for most texts either leads to the same or is not taken.
+    for (int code = 0; code < expected.size(); ++code) {
+        bool failed = true;
+        const std::string_view text(value.constData(), static_cast<std::size_t>(value.size()));
+        const PyRef quick(orbclient::toPythonQuickly(text, static_cast<Conversion>(code), failed));
+        QVERIFY(!failed);
+        if (quick)
+            QCOMPARE(PythonInterpreter::describe(quick), expected.at(code));
+    }
 }
 
 void TestValueConversion::takesAnyOtherCodeAsAutomatic_data()
