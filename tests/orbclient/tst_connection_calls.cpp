@@ -284,7 +284,7 @@ c.disconnect()
              QString());
     for (const char *operation : {"rawRequest", "activatePassThrough", "takePassThroughMessage",
                                   "takePassThroughMessages", "crates", "modules", "closeConnection"})
-        QCOMPARE(argumentsOf(operation).first(), expected);
+        QCOMPARE(argumentsOf(operation).value(0), expected);
     const QVector<RecordedCall> sends = python.backend().callsOf(QStringLiteral("sendPassThroughMessages"));
     QCOMPARE(sends.size(), 2);
     for (const RecordedCall &send : sends)

@@ -5,6 +5,7 @@
 
 #include <QtTest>
 
+#include <array>
 #include <limits>
 
 class TestDataFrameObject : public QObject
@@ -49,9 +50,23 @@ private:
 namespace
 {
 
-const QStringList Members{QStringLiteral("connection"), QStringLiteral("line"),    QStringLiteral("address"),
-                          QStringLiteral("channel"),    QStringLiteral("command"), QStringLiteral("item"),
-                          QStringLiteral("value"),      QStringLiteral("unit"),    QStringLiteral("rawJson")};
+struct MemberRow
+{
+    const char *name;
+    const char *docstring;
+};
+
+constexpr std::array<MemberRow, 9> Members = {{
+    {"connection", "connection name"},
+    {"line", "line index"},
+    {"address", "address"},
+    {"channel", "channel index"},
+    {"command", "command"},
+    {"item", "item"},
+    {"value", "value"},
+    {"unit", "unit"},
+    {"rawJson", "raw Json string"},
+}};
 
 OrbRequestItem plainRequest()
 {
@@ -110,8 +125,10 @@ void TestDataFrameObject::cleanup()
 
 void TestDataFrameObject::isARecordOfNineMembers()
 {
-    QCOMPARE(python.eval(QStringLiteral("members()")),
-             QStringLiteral("['%1']").arg(Members.join(QLatin1String("', '"))));
+    QCOMPARE(
+        python.eval(QStringLiteral("members()")),
+        QStringLiteral("['connection', 'line', 'address', 'channel', 'command', 'item', 'value', 'unit', "
+                       "'rawJson']"));
     QCOMPARE(python.eval(QStringLiteral("[n for n in vars(orbClient.dataFrame) if n[0] != '_' "
                                         "and n not in members()]")),
              QStringLiteral("[]"));
@@ -129,12 +146,8 @@ void TestDataFrameObject::describesItsMembers_data()
     QTest::addColumn<QString>("member");
     QTest::addColumn<QString>("docstring");
 
-    const QStringList docstrings{
-        QStringLiteral("connection name"), QStringLiteral("line index"), QStringLiteral("address"),
-        QStringLiteral("channel index"),   QStringLiteral("command"),    QStringLiteral("item"),
-        QStringLiteral("value"),           QStringLiteral("unit"),       QStringLiteral("raw Json string")};
-    for (int i = 0; i < Members.size(); ++i)
-        QTest::newRow(qPrintable(Members.at(i))) << Members.at(i) << docstrings.at(i);
+    for (const MemberRow &row : Members)
+        QTest::newRow(row.name) << QString::fromLatin1(row.name) << QString::fromLatin1(row.docstring);
 }
 
 void TestDataFrameObject::describesItsMembers()
@@ -149,8 +162,8 @@ void TestDataFrameObject::describesItsMembers()
 void TestDataFrameObject::startsWithNothingSet_data()
 {
     QTest::addColumn<QString>("member");
-    for (const QString &member : Members)
-        QTest::newRow(qPrintable(member)) << member;
+    for (const MemberRow &row : Members)
+        QTest::newRow(row.name) << QString::fromLatin1(row.name);
 }
 
 void TestDataFrameObject::startsWithNothingSet()
