@@ -19,6 +19,13 @@ QTextCharFormat formatInColour(const QColor &colour)
     return format;
 }
 
+/// A text as a line of its own; nothing when there is nothing in it to see.
+QString lineOf(const QString &text)
+{
+    const QString line = text.trimmed();
+    return line.isEmpty() ? line : line + QLatin1Char('\n');
+}
+
 } // namespace
 
 TerminalConsole::TerminalConsole(QWidget *parent, KdMainData &hostData, KdObserver &eventObserver)
@@ -85,10 +92,7 @@ void TerminalConsole::printText(const QString &text)
 
 void TerminalConsole::printLine(const QString &text, const QColor &colour)
 {
-    QString line = text.trimmed();
-    if (!line.isEmpty())
-        line.append(QLatin1Char('\n'));
-    insertInColour(line, colour);
+    insertInColour(lineOf(text), colour);
     ensureCursorVisible();
 }
 
@@ -100,6 +104,21 @@ void TerminalConsole::printError(const QString &text)
 void TerminalConsole::printSuccess(const QString &text)
 {
     printLine(text, Qt::green);
+}
+
+void TerminalConsole::printOutput(const QVector<ConsoleOutput> &output)
+{
+    QTextCursor edit(document());
+    edit.beginEditBlock();
+    for (int i = 0; i < output.size();) {
+        const bool isError = output.at(i).isError;
+        QString lines;
+        for (; i < output.size() && output.at(i).isError == isError; ++i)
+            lines += lineOf(output.at(i).text);
+        insertInColour(lines, isError ? Qt::red : Qt::green);
+    }
+    edit.endEditBlock();
+    ensureCursorVisible();
 }
 
 void TerminalConsole::printLineAbovePrompt(const QString &text, const QColor &colour)

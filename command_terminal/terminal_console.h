@@ -3,9 +3,17 @@
 #include "hostsdk/kd_plain_text_edit.h"
 
 #include <QStringList>
+#include <QVector>
 
 class TerminalConsoleCompleter;
 class QTextCursor;
+
+/// A text that a program wrote.
+struct ConsoleOutput
+{
+    QString text;
+    bool isError;
+};
 
 /// A plain text editor turned into prompt and answer: what stands before the current prompt is earlier output and
 /// stays as it is, the user edits the input after it, Return hands the input to the subclass. Base of both terminals.
@@ -33,7 +41,10 @@ public:
     void printError(const QString &text);
     void printSuccess(const QString &text);
 
-    /// The same above the prompt, for what nobody waits for: the line being typed stays whole.
+    /// What printError and printSuccess print for each of the texts, in a single change of the document.
+    void printOutput(const QVector<ConsoleOutput> &output);
+
+    /// As printError and printSuccess, but above the prompt, for what nobody waits for: the line being typed stays whole.
     void printErrorAbovePrompt(const QString &text);
     void printSuccessAbovePrompt(const QString &text);
 

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "orbclient/python_include.h"
+
+namespace python_terminal
+{
+
+/// The names that a function finds when neither it nor the global dictionary has them: those of `locals`, then the
+/// built-in ones. Statements run with separate global and local dictionaries; without this a function typed at the
+/// prompt would not find the names beside it, itself included.
+///
+/// To be set as "__builtins__" of the global dictionary. Python asks it by item access because it is a dictionary of
+/// another type. Called with the interpreter lock held; a new reference, or null with an exception.
+PyObject *newFallbackNames(PyObject *locals);
+
+} // namespace python_terminal

@@ -1,0 +1,305 @@
+#include "python_terminal/terminal_python_console.h"
+
+#include "hostsdk/kd_child_event.h"
+#include "hostsdk/kd_main_data.h"
+#include "hostsdk/kd_observer.h"
+#include "hostsdk/kd_parent_event.h"
+#include "python_terminal/terminal_python_thread.h"
+
+#include <QElapsedTimer>
+#include <QThread>
+#include <QTimerEvent>
+
+#include <algorithm>
+
+namespace
+{
+
+// What is written within this time is shown together: nobody sees a difference, and a flood of texts costs a tenth.
+constexpr int OutputInterval = 20; // ms
+constexpr int KnockInterval = 5; // ms
+constexpr int StopTime = 100; // ms, twice
+// A line of this length still takes the window no noticeable time to lay out.
+constexpr int LongestText = 100000;
+constexpr int MostCharactersAtOnce = 100000;
+
+QString cutToLongest(const QString &text)
+{
+    if (text.size() <= LongestText)
+        return text;
+    return TerminalPythonConsole::tr("%1 [%n more character(s) not shown]", nullptr,
+                                     text.size() - LongestText)
+        .arg(text.left(LongestText));
+}
+
+} // namespace
+
+TerminalPythonConsole::TerminalPythonConsole(QWidget *parent, KdMainData &hostData, KdObserver &eventObserver)
+    : TerminalConsole(parent, hostData, eventObserver),
+      evaluator(new TerminalPythonThread(nullptr, &hostData)),
+      workerThread(new QThread)
+{
+    workerThread->setObjectName(QStringLiteral("python"));
+    evaluator->moveToThread(workerThread);
+    connectEvaluator();
+    workerThread->start(QThread::InheritPriority);
+    Q_EMIT initEvaluator();
+    clearConsole(banner);
+    Q_EMIT clearEvaluator();
+}
+
+TerminalPythonConsole::~TerminalPythonConsole()
+{
+    stopEvaluator();
+}
+
+void TerminalPythonConsole::connectEvaluator()
+{
+    using Thread = TerminalPythonThread;
+    using Console = TerminalPythonConsole;
+    connect(this, &Console::initEvaluator, evaluator, &Thread::onInit);
+    connect(this, &Console::exitEvaluator, evaluator, &Thread::onExit);
+    connect(this, &Console::clearEvaluator, evaluator, &Thread::onClear);
+    connect(this, &Console::returnPressed, evaluator, &Thread::onReturnPressed);
+    connect(this, &Console::complete, evaluator, &Thread::onComplete);
+    connect(this, &Console::executeFileInThread, evaluator, &Thread::onExecuteFile);
+    connect(evaluator, &Thread::initialized, this, &Console::onInitialized);
+    connect(evaluator, &Thread::insertErrorText, this, &Console::onInsertErrorText);
+    connect(evaluator, &Thread::insertSuccessText, this, &Console::onInsertSuccessText);
+    connect(evaluator, &Thread::completed, this, &Console::onCompleted);
+    connect(evaluator, &Thread::evaluationComplete, this, &Console::onEvaluationComplete);
+    connect(evaluator, &Thread::waitingForStdIn, this, &Console::onWaitingForStdIn);
+    // A thread that was told to quit runs no queued slot any more: the interpreter then ends here, on its own thread.
+    connect(workerThread, &QThread::finished, evaluator, &Thread::onExit, Qt::DirectConnection);
+}
+
+// What the user does
+
+void TerminalPythonConsole::executeCommand(QString &line)
+{
+    beginEvaluating();
+    Q_EMIT returnPressed(line);
+}
+
+void TerminalPythonConsole::requestCompletion(QString &prefix)
+{
+    Q_EMIT complete(prefix);
+}
+
+void TerminalPythonConsole::submitInput(QString &text)
+{
+    if (evaluator != nullptr)
+        evaluator->setStdInText(text);
+}
+
+void TerminalPythonConsole::resetConsole()
+{
+    showAllOutput();
+    clearConsole(banner);
+    Q_EMIT clearEvaluator();
+}
+
+void TerminalPythonConsole::executeFile(const QString &text)
+{
+    const QString notice = tr("executing file") + QLatin1Char('\n');
+    beginEvaluating();
+    removeInput();
+    printText(notice);
+    Q_EMIT executeFileInThread(text);
+}
+
+void TerminalPythonConsole::interrupt()
+{
+    if (evaluator == nullptr)
+        return;
+    if (evaluating) {
+        leaveInputPrompt();
+        evaluator->interrupt();
+        knockTimer.start(KnockInterval, this);
+    } else if (statementPending) {
+        QMetaObject::invokeMethod(evaluator, &TerminalPythonThread::dropPendingCommand, Qt::QueuedConnection);
+        statementPending = false;
+        moveCursor(QTextCursor::End);
+        printText(QStringLiteral("\n"));
+        printPrompt();
+    }
+}
+
+/// What is being typed there answers nobody any more.
+void TerminalPythonConsole::leaveInputPrompt()
+{
+    if (!inputMode)
+        return;
+    inputMode = false;
+    busy = true;
+    moveCursor(QTextCursor::End);
+    printText(QStringLiteral("\n"));
+}
+
+// Evaluating
+
+void TerminalPythonConsole::reportBusy(bool isBusy)
+{
+    KdChildEvent event(KD::BusyChanged);
+    event.setIntArgument(isBusy ? 1 : 0, 0);
+    observer.processChildEvent(event);
+}
+
+void TerminalPythonConsole::beginEvaluating()
+{
+    if (evaluating)
+        return;
+    evaluating = true;
+    reportBusy(true);
+    hadFocus = hasFocus();
+    setEnabled(false);
+}
+
+void TerminalPythonConsole::takeFocusBack()
+{
+    setEnabled(true);
+    if (hadFocus)
+        setFocus(Qt::OtherFocusReason);
+}
+
+void TerminalPythonConsole::onEvaluationComplete(bool flagMultilineCmd)
+{
+    showAllOutput();
+    if (!evaluating)
+        return;
+    evaluating = false;
+    reportBusy(false);
+    takeFocusBack();
+    statementPending = flagMultilineCmd;
+    if (flagMultilineCmd)
+        printContinuationPrompt();
+    else
+        printPrompt();
+}
+
+void TerminalPythonConsole::onWaitingForStdIn()
+{
+    showAllOutput();
+    reportBusy(false);
+    takeFocusBack();
+    printInputPrompt();
+}
+
+void TerminalPythonConsole::onInitialized(const QString &text)
+{
+    banner = text;
+    clearConsole(banner);
+    Q_EMIT clearEvaluator();
+}
+
+void TerminalPythonConsole::onCompleted(const QStringList &cc)
+{
+    showCompletions(cc);
+}
+
+// Output: texts are collected as they come, and shown together.
+
+void TerminalPythonConsole::onInsertErrorText(const QString &msg)
+{
+    collectOutput(msg, true);
+}
+
+void TerminalPythonConsole::onInsertSuccessText(const QString &msg)
+{
+    collectOutput(msg, false);
+}
+
+void TerminalPythonConsole::collectOutput(const QString &text, bool isError)
+{
+    output.append({cutToLongest(text), isError});
+    if (!outputTimer.isActive())
+        outputTimer.start(OutputInterval, this);
+}
+
+/// As much as the window can take without a noticeable pause.
+void TerminalPythonConsole::showSomeOutput()
+{
+    int count = 0;
+    for (int characters = 0; count < output.size() && characters < MostCharactersAtOnce; ++count)
+        characters += output.at(count).text.size();
+    if (count == 0)
+        return;
+    printOutput(output.mid(0, count));
+    output.remove(0, count);
+    if (evaluator != nullptr)
+        evaluator->textsTaken(count);
+}
+
+void TerminalPythonConsole::showAllOutput()
+{
+    outputTimer.stop();
+    while (!output.isEmpty())
+        showSomeOutput();
+}
+
+void TerminalPythonConsole::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() == outputTimer.timerId()) {
+        showSomeOutput();
+        if (output.isEmpty())
+            outputTimer.stop();
+    } else if (event->timerId() == knockTimer.timerId()) {
+        if (evaluator == nullptr || !evaluator->knockAgain())
+            knockTimer.stop();
+    } else {
+        TerminalConsole::timerEvent(event);
+    }
+}
+
+// End
+
+void TerminalPythonConsole::parentEventOccured(KdParentEvent &event)
+{
+    if (event.type == KD::StopInterpreter)
+        stopEvaluator();
+}
+
+bool TerminalPythonConsole::waitForWorker(int milliseconds)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!workerThread->wait(KnockInterval)) {
+        if (timer.elapsed() >= milliseconds)
+            return false;
+        evaluator->knockAgain();
+    }
+    return true;
+}
+
+void TerminalPythonConsole::stopEvaluator()
+{
+    if (stopped)
+        return;
+    showAllOutput();
+    evaluator->requestClose();
+    Q_EMIT exitEvaluator();
+    bool ended = waitForWorker(StopTime);
+    stopped = true;
+    disconnect(this, nullptr, evaluator, nullptr);
+    disconnect(evaluator, nullptr, this, nullptr);
+    workerThread->quit();
+    ended = ended || waitForWorker(StopTime);
+    knockTimer.stop();
+    outputTimer.stop();
+    // A thread is never terminated: that would leave the interpreter's locks locked for the rest of the process.
+    if (ended) {
+        evaluator->deleteLater();
+        workerThread->deleteLater();
+    } else {
+        leaveWorkerToItself();
+    }
+    evaluator = nullptr;
+    workerThread = nullptr;
+}
+
+/// It ends when what it does comes to its end; until then no other interpreter can start.
+void TerminalPythonConsole::leaveWorkerToItself()
+{
+    connect(workerThread, &QThread::finished, evaluator, &QObject::deleteLater);
+    connect(workerThread, &QThread::finished, workerThread, &QObject::deleteLater);
+}

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "command_terminal/terminal_console.h"
+
+#include <QBasicTimer>
+#include <QVector>
+
+class KdParentEvent;
+class QThread;
+class TerminalPythonThread;
+
+/// The interactive Python console: its lines, its requests for completion and its answers to input() go to an
+/// interpreter on a worker thread, whose output comes back as signals. While a statement runs the console is disabled.
+/// GUI thread only.
+class TerminalPythonConsole : public TerminalConsole
+{
+    Q_OBJECT
+
+public:
+    /// Starts the interpreter. `parent` owns the console; main data, their client and the observer outlive it.
+    TerminalPythonConsole(QWidget *parent, KdMainData &mainData, KdObserver &observer);
+    ~TerminalPythonConsole() override;
+
+    void executeCommand(QString &command) override;
+    void requestCompletion(QString &prefix) override;
+    void submitInput(QString &text) override;
+
+    /// Shows the banner alone, and forgets the user's names.
+    void resetConsole();
+
+    /// Executes a text as the contents of a file.
+    void executeFile(const QString &text);
+
+    /// Ends the interpreter, whatever it is doing, and for good. Takes at most a fifth of a second; an interpreter that
+    /// does not end by then is left to itself and ends when it can.
+    void stopEvaluator();
+
+    /// Ends the running statement or file with a KeyboardInterrupt; while nothing runs, drops a statement that is not
+    /// complete yet.
+    void interrupt();
+
+    /// The host's own events; only the one that ends the host's tools means anything here.
+    void parentEventOccured(KdParentEvent &event);
+
+Q_SIGNALS:
+    void initEvaluator();
+    void exitEvaluator();
+    void clearEvaluator();
+    void returnPressed(const QString &cmd);
+    void complete(const QString &cmd);
+    void executeFileInThread(const QString &txt);
+
+public Q_SLOTS:
+    void onInitialized(const QString &text);
+    void onInsertErrorText(const QString &msg);
+    void onInsertSuccessText(const QString &msg);
+    void onCompleted(const QStringList &cc);
+    void onEvaluationComplete(bool flagMultilineCmd);
+    void onWaitingForStdIn();
+
+protected:
+    void timerEvent(QTimerEvent *event) override;
+
+private:
+    void connectEvaluator();
+    void beginEvaluating();
+    void takeFocusBack();
+    void leaveInputPrompt();
+    void reportBusy(bool busy);
+    void collectOutput(const QString &text, bool isError);
+    void showSomeOutput();
+    void showAllOutput();
+    bool waitForWorker(int milliseconds);
+    void leaveWorkerToItself();
+
+    TerminalPythonThread *evaluator = nullptr; ///< lives on the worker thread; null once it is stopped
+    QThread *workerThread = nullptr; ///< likewise
+    QString banner;
+    bool evaluating = false; ///< a statement or a file runs, and the console is disabled
+    bool hadFocus = false; ///< the console had the focus when that began
+    bool stopped = false;
+    bool statementPending = false; ///< the last prompt asked for the continuation of a statement
+
+    QVector<ConsoleOutput> output; ///< written and not shown yet
+    QBasicTimer outputTimer;
+    QBasicTimer knockTimer; ///< runs while an interrupt has not been noticed
+};
