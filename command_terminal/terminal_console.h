@@ -115,7 +115,7 @@ private:
     void confineToInput();
 
     void tabPressed(QKeyEvent *event);
-    void returnPressed();
+    void returnKeyPressed();
     void backspacePressed(QKeyEvent *event);
     void movedBackward(QKeyEvent *event);
     void movedForward(QKeyEvent *event);

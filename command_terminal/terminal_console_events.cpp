@@ -50,7 +50,7 @@ void TerminalConsole::keyPressEvent(QKeyEvent *event)
         tabPressed(event);
         break;
     case Qt::Key_Return:
-        returnPressed();
+        returnKeyPressed();
         break;
     case Qt::Key_Backspace:
         backspacePressed(event);
@@ -92,7 +92,7 @@ void TerminalConsole::tabPressed(QKeyEvent *event)
         otherKeyPressed(event);
 }
 
-void TerminalConsole::returnPressed()
+void TerminalConsole::returnKeyPressed()
 {
     if (completionChosen())
         return;

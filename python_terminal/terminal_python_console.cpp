@@ -39,6 +39,11 @@ TerminalPythonConsole::TerminalPythonConsole(QWidget *parent, KdMainData &hostDa
       evaluator(new TerminalPythonThread(nullptr, &hostData)),
       workerThread(new QThread)
 {
+    startEvaluator();
+}
+
+void TerminalPythonConsole::startEvaluator()
+{
     workerThread->setObjectName(QStringLiteral("python"));
     evaluator->moveToThread(workerThread);
     connectEvaluator();

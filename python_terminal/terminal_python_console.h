@@ -62,6 +62,7 @@ protected:
     void timerEvent(QTimerEvent *event) override;
 
 private:
+    void startEvaluator();
     void connectEvaluator();
     void beginEvaluating();
     void takeFocusBack();
