@@ -17,6 +17,8 @@ namespace
 
 // What is written within this time is shown together: nobody sees a difference, and a flood of texts costs a tenth.
 constexpr int OutputInterval = 20; // ms
+// Half of what the worker runs ahead: in a flood it need not wait for the next time.
+constexpr int MostTextsCollected = 500;
 constexpr int KnockInterval = 5; // ms
 constexpr int StopTime = 100; // ms, twice
 // A line of this length still takes the window no noticeable time to lay out.
@@ -217,7 +219,9 @@ void TerminalPythonConsole::onInsertSuccessText(const QString &msg)
 void TerminalPythonConsole::collectOutput(const QString &text, bool isError)
 {
     output.append({cutToLongest(text), isError});
-    if (!outputTimer.isActive())
+    if (output.size() >= MostTextsCollected)
+        showSomeOutput();
+    else if (!outputTimer.isActive())
         outputTimer.start(OutputInterval, this);
 }
 
