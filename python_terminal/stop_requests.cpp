@@ -25,15 +25,16 @@ StopRequests::~StopRequests()
     current.compare_exchange_strong(self, nullptr);
 }
 
-void StopRequests::interrupt()
+bool StopRequests::interrupt()
 {
     {
         const std::lock_guard<std::mutex> lock(insideMutex);
         if (!inside)
-            return;
+            return false;
         interrupting = true;
     }
     knock();
+    return true;
 }
 
 void StopRequests::close()

@@ -27,8 +27,8 @@ public:
 
     // On the GUI thread, or any other
 
-    /// What runs at the moment is to end with a KeyboardInterrupt. Nothing, when nothing runs.
-    void interrupt();
+    /// What runs at the moment is to end with a KeyboardInterrupt; false when nothing runs.
+    bool interrupt();
     /// Whatever runs, now or later, is to end, handlers of exceptions included; there is no way back.
     void close();
     /// Asks again, while something that was asked for has not happened.

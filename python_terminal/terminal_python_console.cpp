@@ -10,7 +10,7 @@
 #include <QThread>
 #include <QTimerEvent>
 
-#include <algorithm>
+#include <memory>
 
 namespace
 {
@@ -121,7 +121,7 @@ void TerminalPythonConsole::interrupt()
         return;
     if (evaluating) {
         leaveInputPrompt();
-        evaluator->interrupt();
+        interruptWanted = !evaluator->interrupt();
         knockTimer.start(KnockInterval, this);
     } else if (statementPending) {
         QMetaObject::invokeMethod(evaluator, &TerminalPythonThread::dropPendingCommand, Qt::QueuedConnection);
@@ -175,6 +175,7 @@ void TerminalPythonConsole::onEvaluationComplete(bool flagMultilineCmd)
     if (!evaluating)
         return;
     evaluating = false;
+    interruptWanted = false;
     reportBusy(false);
     takeFocusBack();
     statementPending = flagMultilineCmd;
@@ -253,11 +254,19 @@ void TerminalPythonConsole::timerEvent(QTimerEvent *event)
         if (output.isEmpty())
             outputTimer.stop();
     } else if (event->timerId() == knockTimer.timerId()) {
-        if (evaluator == nullptr || !evaluator->knockAgain())
-            knockTimer.stop();
+        knock();
     } else {
         TerminalConsole::timerEvent(event);
     }
+}
+
+/// Until the worker has noticed. What was handed over may not have begun yet when it was interrupted.
+void TerminalPythonConsole::knock()
+{
+    if (evaluator != nullptr && evaluating && interruptWanted)
+        interruptWanted = !evaluator->interrupt();
+    if (evaluator == nullptr || !evaluating || (!interruptWanted && !evaluator->knockAgain()))
+        knockTimer.stop();
 }
 
 // End
@@ -297,8 +306,9 @@ void TerminalPythonConsole::stopEvaluator()
     outputTimer.stop();
     // A thread is never terminated: that would leave the interpreter's locks locked for the rest of the process.
     if (ended) {
-        evaluator->deleteLater();
-        workerThread->deleteLater();
+        // Nothing runs there any more that could delete them.
+        const std::unique_ptr<TerminalPythonThread> ownEvaluator(evaluator);
+        const std::unique_ptr<QThread> ownThread(workerThread);
     } else {
         leaveWorkerToItself();
     }

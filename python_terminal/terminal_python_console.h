@@ -71,6 +71,7 @@ private:
     void collectOutput(const QString &text, bool isError);
     void showSomeOutput();
     void showAllOutput();
+    void knock();
     bool waitForWorker(int milliseconds);
     void leaveWorkerToItself();
 
@@ -81,6 +82,8 @@ private:
     bool hadFocus = false; ///< the console had the focus when that began
     bool stopped = false;
     bool statementPending = false; ///< the last prompt asked for the continuation of a statement
+
+    bool interruptWanted = false; ///< what is to be interrupted has not begun yet
 
     QVector<ConsoleOutput> output; ///< written and not shown yet
     QBasicTimer outputTimer;

@@ -107,9 +107,9 @@ void TerminalPythonThread::textsTaken(int count)
     stop.wakeUp.notify_all();
 }
 
-void TerminalPythonThread::interrupt()
+bool TerminalPythonThread::interrupt()
 {
-    stop.interrupt();
+    return stop.interrupt();
 }
 
 void TerminalPythonThread::requestClose()
@@ -471,6 +471,9 @@ void TerminalPythonThread::runCleanUp()
         orbclient::setModuleClient(client.get(), nullptr);
     PyErr_Clear();
     Py_CLEAR(locals);
+    Py_CLEAR(stdoutRedirector);
+    Py_CLEAR(stderrRedirector);
+    Py_CLEAR(stdinRedirector);
 }
 
 /// A thread that still lives would take the next start with it. One that cannot be ended now is waited for, however

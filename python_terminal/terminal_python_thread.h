@@ -32,8 +32,8 @@ public:
     void setStdInText(const QString &text);
     /// The console took this many texts that were written: the worker never runs far ahead of it.
     void textsTaken(int count);
-    /// Ends what runs at the moment with a KeyboardInterrupt; nothing happens when nothing runs.
-    void interrupt();
+    /// Ends what runs at the moment with a KeyboardInterrupt; false, and nothing happens, when nothing runs.
+    bool interrupt();
     /// Ends whatever runs, now or later; the interpreter is then only good for onExit. May be called again and again,
     /// and is, until the worker has noticed.
     void requestClose();
