@@ -6,6 +6,7 @@
 #include "hostsdk/kd_plugin_configuration.h"
 #include "hostsdk/kd_plugin_description.h"
 #include "hostsdk/kd_plugin_widget_extension.h"
+#include "python_terminal/terminal_widget_python.h"
 
 namespace
 {
@@ -118,7 +119,7 @@ void TerminalPlugin::registerWidgets(const KdPluginDescription &description, KdO
     state.terminalWidgetClassId = description.widgets.at(0).uniqueWidgetClassId;
     state.pythonWidgetClassId = description.widgets.at(1).uniqueWidgetClassId;
     sendMenuEntry(host, state.terminalWidgetClassId, TerminalWidget::menuPath());
-    sendMenuEntry(host, state.pythonWidgetClassId, {tr("Window"), tr("Tools"), tr("Python Terminal")});
+    sendMenuEntry(host, state.pythonWidgetClassId, TerminalWidgetPython::menuPath());
 }
 
 KdPluginWidget *TerminalPlugin::createWidget(int widgetIndex, QWidget *parent, KdMainData &mainData,
@@ -127,7 +128,9 @@ KdPluginWidget *TerminalPlugin::createWidget(int widgetIndex, QWidget *parent, K
     switch (widgetIndex) {
     case CommandTerminal:
         return new KdPluginWidgetExtension<TerminalWidget>(parent, &state, mainData, host, instance);
-    default: // the Python terminal joins here
+    case PythonTerminal:
+        return new KdPluginWidgetExtension<TerminalWidgetPython>(parent, &state, mainData, host, instance);
+    default:
         return nullptr;
     }
 }
