@@ -4,6 +4,7 @@
 #include "command_terminal/terminal_console_completer.h"
 #include "command_terminal/terminal_font.h"
 
+#include <QTextBlock>
 #include <QTextDocument>
 #include <QTextOption>
 
@@ -117,8 +118,31 @@ void TerminalConsole::printOutput(const QVector<ConsoleOutput> &output)
             lines += lineOf(output.at(i).text);
         insertInColour(lines, isError ? Qt::red : Qt::green);
     }
+    dropOldestOutput();
     edit.endEditBlock();
     ensureCursorVisible();
+}
+
+/// A program that writes for a night must not take the memory of the whole host.
+void TerminalConsole::dropOldestOutput()
+{
+    constexpr int MostLines = 200000;
+    constexpr int MostCharacters = 20000000;
+    // Taking away a little at a time would cost more than all of the output.
+    constexpr int SpareLines = 2000;
+    constexpr int SpareCharacters = 500000;
+    const int lines = document()->blockCount();
+    const int characters = document()->characterCount();
+    if (lines < MostLines + SpareLines && characters < MostCharacters + SpareCharacters)
+        return;
+    const int removed = qMax(document()->findBlockByNumber(qMax(0, lines - MostLines)).position(),
+                             document()->findBlock(qMax(0, characters - MostCharacters)).position());
+    QTextCursor cursor(document());
+    cursor.setPosition(removed, QTextCursor::KeepAnchor);
+    cursor.removeSelectedText();
+    promptEnd = qMax(0, promptEnd - removed);
+    if (completionStart != -1)
+        completionStart = qMax(0, completionStart - removed);
 }
 
 void TerminalConsole::printLineAbovePrompt(const QString &text, const QColor &colour)

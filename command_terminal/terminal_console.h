@@ -41,7 +41,8 @@ public:
     void printError(const QString &text);
     void printSuccess(const QString &text);
 
-    /// What printError and printSuccess print for each of the texts, in a single change of the document.
+    /// What printError and printSuccess print for each of the texts, in a single change of the document. Keeps the last
+    /// 200,000 lines, or 20,000,000 characters, of it.
     void printOutput(const QVector<ConsoleOutput> &output);
 
     /// As printError and printSuccess, but above the prompt, for what nobody waits for: the line being typed stays whole.
@@ -106,6 +107,7 @@ private:
     void printLine(const QString &text, const QColor &colour);
     void printLineAbovePrompt(const QString &text, const QColor &colour);
     void startPrompt(const QString &prompt);
+    void dropOldestOutput();
 
     QString textFrom(int start, int end) const;
     void readInput();

@@ -220,6 +220,9 @@ void TerminalPythonConsole::onInsertSuccessText(const QString &msg)
 void TerminalPythonConsole::collectOutput(const QString &text, bool isError)
 {
     output.append({cutToLongest(text), isError});
+    if (evaluator != nullptr)
+        evaluator->textsTaken(TerminalPythonThread::weightOf(text)
+                              - TerminalPythonThread::weightOf(output.constLast().text));
     if (output.size() >= MostTextsCollected)
         showSomeOutput();
     else if (!outputTimer.isActive())
@@ -230,14 +233,17 @@ void TerminalPythonConsole::collectOutput(const QString &text, bool isError)
 void TerminalPythonConsole::showSomeOutput()
 {
     int count = 0;
-    for (int characters = 0; count < output.size() && characters < MostCharactersAtOnce; ++count)
+    int weight = 0;
+    for (int characters = 0; count < output.size() && characters < MostCharactersAtOnce; ++count) {
         characters += output.at(count).text.size();
+        weight += TerminalPythonThread::weightOf(output.at(count).text);
+    }
     if (count == 0)
         return;
     printOutput(output.mid(0, count));
     output.remove(0, count);
     if (evaluator != nullptr)
-        evaluator->textsTaken(count);
+        evaluator->textsTaken(weight);
 }
 
 void TerminalPythonConsole::showAllOutput()

@@ -22,7 +22,7 @@
 namespace
 {
 
-constexpr int MostTextsUnderWay = 1000;
+constexpr int MostWeightUnderWay = 1000;
 constexpr std::chrono::milliseconds CleanUpTime(60);
 
 // There is one interpreter in a process; this says whether somebody has it.
@@ -98,13 +98,19 @@ void TerminalPythonThread::setStdInText(const QString &text)
     stop.wakeUp.notify_all();
 }
 
-void TerminalPythonThread::textsTaken(int count)
+void TerminalPythonThread::textsTaken(int weight)
 {
     {
         const std::lock_guard<std::mutex> lock(stop.mutex);
-        textsUnderWay -= count;
+        weightUnderWay -= weight;
     }
     stop.wakeUp.notify_all();
+}
+
+int TerminalPythonThread::weightOf(const QString &text)
+{
+    constexpr int LightestCharacters = 1000;
+    return 1 + text.size() / LightestCharacters;
 }
 
 bool TerminalPythonThread::interrupt()
@@ -135,7 +141,8 @@ void TerminalPythonThread::takeOutput(const QString &text, bool isError)
     bool mustWait = false;
     {
         const std::lock_guard<std::mutex> lock(stop.mutex);
-        mustWait = ++textsUnderWay > MostTextsUnderWay;
+        weightUnderWay += weightOf(text);
+        mustWait = weightUnderWay > MostWeightUnderWay;
     }
     if (isError)
         Q_EMIT insertErrorText(text);
@@ -146,7 +153,7 @@ void TerminalPythonThread::takeOutput(const QString &text, bool isError)
     Py_BEGIN_ALLOW_THREADS
     {
         std::unique_lock<std::mutex> lock(stop.mutex);
-        stop.waitUnlessStopped(lock, [this] { return textsUnderWay <= MostTextsUnderWay; });
+        stop.waitUnlessStopped(lock, [this] { return weightUnderWay <= MostWeightUnderWay; });
     }
     Py_END_ALLOW_THREADS
 }

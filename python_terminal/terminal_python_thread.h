@@ -30,8 +30,10 @@ public:
 
     /// Supplies a line, without its line feed, to a waiting readline.
     void setStdInText(const QString &text);
-    /// The console took this many texts that were written: the worker never runs far ahead of it.
-    void textsTaken(int count);
+    /// The console took texts of this weight that were written: the worker never runs far ahead of it.
+    void textsTaken(int weight);
+    /// What a text counts: 1, and more when it is long.
+    static int weightOf(const QString &text);
     /// Ends what runs at the moment with a KeyboardInterrupt; false, and nothing happens, when nothing runs.
     bool interrupt();
     /// Ends whatever runs, now or later; the interpreter is then only good for onExit. May be called again and again,
@@ -42,7 +44,8 @@ public:
 
     // For the stream objects, on the thread that runs Python, with the interpreter lock held
 
-    /// Text that Python wrote. Blocks, without the lock, while the console is more than 1,000 texts behind.
+    /// Text that Python wrote. Blocks, without the lock, while the console is more than 1,000 texts, or one million
+    /// characters, behind.
     void takeOutput(const QString &text, bool isError);
     /// Waits for a line, with the lock. False with an exception when the wait was stopped instead.
     bool readStdInLine(QString &line);
@@ -101,5 +104,5 @@ private:
     python_terminal::StopRequests stop; ///< its mutex guards the next three
     QString stdinLine;
     bool stdinLineArrived = false;
-    int textsUnderWay = 0;
+    int weightUnderWay = 0; ///< of the texts that the console has not taken yet
 };
