@@ -6,6 +6,7 @@
 #include "hostsdk/kd_parent_event.h"
 #include "python_terminal/terminal_python_thread.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QThread>
 #include <QTimerEvent>
@@ -90,7 +91,9 @@ void TerminalPythonConsole::executeCommand(QString &line)
 
 void TerminalPythonConsole::requestCompletion(QString &prefix)
 {
-    Q_EMIT complete(prefix);
+    // A script that waits for an answer is in the way: its end would bring candidates for a line long gone.
+    if (!evaluating)
+        Q_EMIT complete(prefix);
 }
 
 void TerminalPythonConsole::submitInput(QString &text)
@@ -101,8 +104,15 @@ void TerminalPythonConsole::submitInput(QString &text)
 
 void TerminalPythonConsole::resetConsole()
 {
+    // What was written until now goes with the display.
+    QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
     showAllOutput();
+    const bool asked = inputMode;
     clearConsole(banner);
+    if (asked) {
+        printText(QStringLiteral("\n"));
+        printInputPrompt();
+    }
     Q_EMIT clearEvaluator();
 }
 
@@ -202,7 +212,9 @@ void TerminalPythonConsole::onInitialized(const QString &text)
 
 void TerminalPythonConsole::onCompleted(const QStringList &cc)
 {
-    showCompletions(cc);
+    // The line may have been handed over since it was asked for.
+    if (!evaluating)
+        showCompletions(cc);
 }
 
 // Output: texts are collected as they come, and shown together.
@@ -219,6 +231,8 @@ void TerminalPythonConsole::onInsertSuccessText(const QString &msg)
 
 void TerminalPythonConsole::collectOutput(const QString &text, bool isError)
 {
+    if (stopped)
+        return; // was under way at the end
     output.append({cutToLongest(text), isError});
     if (evaluator != nullptr)
         evaluator->textsTaken(TerminalPythonThread::weightOf(text)
