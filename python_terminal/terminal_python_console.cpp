@@ -313,7 +313,6 @@ void TerminalPythonConsole::stopEvaluator()
 {
     if (stopped)
         return;
-    showAllOutput();
     evaluator->requestClose();
     Q_EMIT exitEvaluator();
     bool ended = waitForWorker(StopTime);
@@ -324,6 +323,7 @@ void TerminalPythonConsole::stopEvaluator()
     ended = ended || waitForWorker(StopTime);
     knockTimer.stop();
     outputTimer.stop();
+    output.clear(); // nobody is left to read it
     // A thread is never terminated: that would leave the interpreter's locks locked for the rest of the process.
     if (ended) {
         // Nothing runs there any more that could delete them.
