@@ -1,0 +1,176 @@
+#include "tests/python_terminal/evaluator_under_test.h"
+
+#include "python_terminal/terminal_python_thread.h"
+
+#include <QRegularExpression>
+#include <QtTest>
+
+#include <utility>
+
+namespace
+{
+
+// An upper bound for a machine under load with a sanitizer; what is waited for takes milliseconds.
+constexpr int LongestWait = 60'000;
+
+} // namespace
+
+EvaluatorUnderTest::EvaluatorUnderTest() : evaluator(new TerminalPythonThread(nullptr, &mainData))
+{
+    evaluator->moveToThread(&workerThread);
+    connect(&workerThread, &QThread::finished, evaluator, &QObject::deleteLater);
+    connectSignals();
+    workerThread.start();
+}
+
+EvaluatorUnderTest::~EvaluatorUnderTest()
+{
+    if (workerThread.isFinished())
+        return;
+    QMetaObject::invokeMethod(evaluator, &TerminalPythonThread::onExit, Qt::QueuedConnection);
+    constexpr int Pause = 5;
+    do {
+        evaluator->requestClose();
+    } while (!workerThread.wait(Pause));
+}
+
+void EvaluatorUnderTest::connectSignals()
+{
+    connect(evaluator, &TerminalPythonThread::insertSuccessText, this, [this](const QString &text) {
+        take(QStringLiteral("out ") + text);
+        evaluator->textsTaken(1);
+    });
+    connect(evaluator, &TerminalPythonThread::insertErrorText, this, [this](const QString &text) {
+        take(QStringLiteral("err ") + text);
+        evaluator->textsTaken(1);
+    });
+    connect(evaluator, &TerminalPythonThread::completed, this, [this](const QStringList &candidates) {
+        take((QStringList(QStringLiteral("candidates")) + candidates).join(QLatin1Char(' ')));
+    });
+    connect(evaluator, &TerminalPythonThread::evaluationComplete, this,
+            [this](bool more) { take(more ? QStringLiteral("more") : QStringLiteral("done")); });
+    connect(evaluator, &TerminalPythonThread::waitingForStdIn, this, [this] {
+        take(QStringLiteral("input"));
+        answer();
+    });
+    connect(evaluator, &TerminalPythonThread::initialized, this,
+            [this](const QString &text) { take(QStringLiteral("start ") + text); });
+}
+
+void EvaluatorUnderTest::take(const QString &signalText)
+{
+    taken.append(signalText);
+}
+
+void EvaluatorUnderTest::answer()
+{
+    if (answers.isEmpty())
+        evaluator->interrupt();
+    else
+        evaluator->setStdInText(answers.takeFirst());
+}
+
+QStringList EvaluatorUnderTest::handled()
+{
+    const int mark = marksArrived + 1;
+    QMetaObject::invokeMethod(
+        evaluator,
+        [this] {
+            QMetaObject::invokeMethod(
+                this, [this] { ++marksArrived; }, Qt::QueuedConnection);
+        },
+        Qt::QueuedConnection);
+    if (!QTest::qWaitFor([&] { return marksArrived == mark; }, LongestWait))
+        qFatal("the worker does not come to an end");
+    return std::exchange(taken, {});
+}
+
+QStringList EvaluatorUnderTest::init()
+{
+    QMetaObject::invokeMethod(evaluator, &TerminalPythonThread::onInit, Qt::QueuedConnection);
+    return handled();
+}
+
+QStringList EvaluatorUnderTest::type(const QString &line)
+{
+    QMetaObject::invokeMethod(
+        evaluator, [this, line] { evaluator->onReturnPressed(line); }, Qt::QueuedConnection);
+    return handled();
+}
+
+QStringList EvaluatorUnderTest::type(const QStringList &lines)
+{
+    QStringList all;
+    for (const QString &line : lines)
+        all += type(line);
+    return all;
+}
+
+QStringList EvaluatorUnderTest::execute(const QString &file)
+{
+    QMetaObject::invokeMethod(
+        evaluator, [this, file] { evaluator->onExecuteFile(file); }, Qt::QueuedConnection);
+    return handled();
+}
+
+QStringList EvaluatorUnderTest::complete(const QString &word)
+{
+    QMetaObject::invokeMethod(
+        evaluator, [this, word] { evaluator->onComplete(word); }, Qt::QueuedConnection);
+    return handled();
+}
+
+QStringList EvaluatorUnderTest::clear()
+{
+    QMetaObject::invokeMethod(evaluator, &TerminalPythonThread::onClear, Qt::QueuedConnection);
+    return handled();
+}
+
+QStringList EvaluatorUnderTest::exit()
+{
+    QMetaObject::invokeMethod(evaluator, &TerminalPythonThread::onExit, Qt::QueuedConnection);
+    if (!QTest::qWaitFor([this] { return workerThread.isFinished(); }, LongestWait))
+        qFatal("the worker does not end");
+    QCoreApplication::processEvents();
+    return std::exchange(taken, {});
+}
+
+void EvaluatorUnderTest::setAnswers(const QStringList &lines)
+{
+    answers = lines;
+}
+
+QString EvaluatorUnderTest::shownBy(const QString &line)
+{
+    return shown(type(line));
+}
+
+QString EvaluatorUnderTest::shownByFile(const QString &text)
+{
+    return shown(execute(text));
+}
+
+void EvaluatorUnderTest::onWorker(const std::function<void()> &call)
+{
+    QMetaObject::invokeMethod(evaluator, call, Qt::BlockingQueuedConnection);
+}
+
+QString EvaluatorUnderTest::shown(const QStringList &signalTexts)
+{
+    QString written;
+    QStringList errors;
+    for (const QString &text : signalTexts) {
+        if (text.startsWith(QLatin1String("out ")))
+            written += text.mid(4);
+        else if (text.startsWith(QLatin1String("err ")))
+            errors.append(text);
+    }
+    return written + errors.join(QString());
+}
+
+QStringList EvaluatorUnderTest::withoutAddresses(const QStringList &signalTexts)
+{
+    static const QRegularExpression address(QStringLiteral("0x[0-9a-f]+"));
+    QStringList texts = signalTexts;
+    return texts.replaceInStrings(address, QStringLiteral("0x?"));
+}
