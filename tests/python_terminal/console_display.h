@@ -5,6 +5,7 @@
 #include <QStringList>
 #include <QTextBlock>
 
+#include <algorithm>
 #include <utility>
 
 /// What a console shows, as texts that a test can compare: lines, and the colours in them.
@@ -26,8 +27,12 @@ public:
     {
         const QTextDocument &first = *one.document();
         const QTextDocument &second = *other.document();
-        if (first.toRawText() != second.toRawText())
-            return QStringLiteral("text: \"%1\" and \"%2\"").arg(one.toPlainText(), other.toPlainText());
+        const QString text = first.toRawText();
+        const QString otherText = second.toRawText();
+        const auto differing =
+            std::mismatch(text.cbegin(), text.cend(), otherText.cbegin(), otherText.cend());
+        if (differing.first != text.cend() || differing.second != otherText.cend())
+            return QStringLiteral("text at %1").arg(differing.first - text.cbegin());
         QTextCursor here(one.document());
         QTextCursor there(other.document());
         for (int position = 0; position < first.characterCount(); ++position) {
