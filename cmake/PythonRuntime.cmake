@@ -1,6 +1,7 @@
-# The Python runtime beside an application: python-3.7.1/Lib holds the standard library and its extension modules side by
-# side, as the interpreter's one search path; python-3.7.1/lib is the same folder under the name by which it is looked
-# for.
+# The Python runtime beside an application, in the folder python-3.7.1:
+#   Lib             the standard library and its extension modules side by side: the host's one search path
+#   lib             by which the host looks for the runtime; also what a plain interpreter searches
+#   bin/python3.7   a plain interpreter, for the processes that a script starts: the host is none
 
 set(terminal_python_extensions "${Python3_STDLIB}/lib-dynload")
 
@@ -11,14 +12,15 @@ set(terminal_python_left_out lib-dynload site-packages test idlelib turtledemo l
 function(terminal_link_python_runtime application_dir)
   set(home "${application_dir}/python-3.7.1")
   # Made anew when another Python is chosen.
+  set(origin "${Python3_EXECUTABLE} ${Python3_STDLIB}")
   if(EXISTS "${home}/made-of")
     file(READ "${home}/made-of" made_of)
-    if(made_of STREQUAL "${Python3_STDLIB}")
+    if(made_of STREQUAL origin)
       return()
     endif()
   endif()
   file(REMOVE_RECURSE "${home}")
-  file(MAKE_DIRECTORY "${home}/Lib")
+  file(MAKE_DIRECTORY "${home}/Lib" "${home}/lib" "${home}/bin")
   file(GLOB modules "${Python3_STDLIB}/*" "${terminal_python_extensions}/*")
   foreach(module IN LISTS modules)
     cmake_path(GET module FILENAME name)
@@ -26,25 +28,32 @@ function(terminal_link_python_runtime application_dir)
       file(CREATE_LINK "${module}" "${home}/Lib/${name}" SYMBOLIC)
     endif()
   endforeach()
-  # One and the same where names differ by more than their case; elsewhere the two are one already.
-  if(NOT EXISTS "${home}/lib")
-    file(CREATE_LINK Lib "${home}/lib" SYMBOLIC)
-  endif()
-  file(WRITE "${home}/made-of" "${Python3_STDLIB}")
+  # A plain interpreter follows this link to where it belongs, and finds its own library there.
+  file(CREATE_LINK "${Python3_EXECUTABLE}" "${home}/bin/python3.7" SYMBOLIC)
+  file(WRITE "${home}/made-of" "${origin}")
 endfunction()
 
-# terminal_install_python_runtime(<folder, relative to the prefix> <component>): an installation gets copies.
+# terminal_install_python_runtime(<folder, relative to the prefix> <component>): an installation gets copies, the
+# interpreter's own library among them, and needs nothing of the Python that it was built with.
 function(terminal_install_python_runtime destination component)
   set(home "${destination}/python-3.7.1")
+  # Compiled modules are taken along, since an installation is often not to be written to; optimised ones are not.
   set(left_out "")
-  foreach(name IN LISTS terminal_python_left_out ITEMS __pycache__)
+  foreach(name IN LISTS terminal_python_left_out ITEMS "config-*" "*.opt-[12].pyc")
     list(APPEND left_out PATTERN "${name}" EXCLUDE)
   endforeach()
   install(DIRECTORY "${Python3_STDLIB}/" DESTINATION "${home}/Lib" COMPONENT ${component} ${left_out})
-  install(DIRECTORY "${terminal_python_extensions}/" DESTINATION "${home}/Lib" COMPONENT ${component})
+  install(DIRECTORY "${terminal_python_extensions}/" DESTINATION "${home}/Lib" COMPONENT ${component}
+    PATTERN "_test*" EXCLUDE PATTERN "__pycache__" EXCLUDE)
+  install(TARGETS python_runtime_interpreter COMPONENT ${component} RUNTIME DESTINATION "${home}/bin")
+  list(GET Python3_LIBRARIES 0 library)
+  file(REAL_PATH "${library}" library)
+  install(FILES "${library}" DESTINATION "${home}/lib" COMPONENT ${component})
+  # A plain interpreter knows its folders by lib/python3.7 and, in there, lib-dynload, empty though it is.
   install(CODE "
-    set(link \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${home}/lib\")
-    if(NOT EXISTS \"\${link}\")
-      file(CREATE_LINK Lib \"\${link}\" SYMBOLIC)
+    set(home \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${home}\")
+    file(MAKE_DIRECTORY \"\${home}/Lib/lib-dynload\" \"\${home}/lib\")
+    if(NOT EXISTS \"\${home}/lib/python3.7\")
+      file(CREATE_LINK ../Lib \"\${home}/lib/python3.7\" SYMBOLIC)
     endif()" COMPONENT ${component})
 endfunction()

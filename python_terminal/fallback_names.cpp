@@ -30,6 +30,15 @@ PyObject *fallbackItem(PyObject *self, PyObject *name)
     return found;
 }
 
+PyObject *moduleAttribute(PyObject *locals, PyObject *name)
+{
+    PyObject *found = PyDict_GetItemWithError(locals, name);
+    if (found == nullptr && PyErr_Occurred() == nullptr)
+        PyErr_Format(PyExc_AttributeError, "module '__main__' has no attribute '%S'", name);
+    Py_XINCREF(found);
+    return found;
+}
+
 int traverseNames(PyObject *self, visitproc visit, void *arg)
 {
     Py_VISIT(reinterpret_cast<FallbackNames *>(self)->locals);
@@ -89,6 +98,12 @@ PyObject *newFallbackNames(PyObject *locals)
             return nullptr;
     }
     return names.release();
+}
+
+PyObject *newModuleAttributes(PyObject *locals)
+{
+    static PyMethodDef function = {"__getattr__", moduleAttribute, METH_O, nullptr};
+    return PyCFunction_New(&function, locals);
 }
 
 } // namespace python_terminal

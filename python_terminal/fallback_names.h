@@ -13,4 +13,9 @@ namespace python_terminal
 /// another type. Called with the interpreter lock held; a new reference, or null with an exception.
 PyObject *newFallbackNames(PyObject *locals);
 
+/// The function to be set as "__getattr__" of the global dictionary: names of `locals` then are attributes of the module
+/// as well, which is where pickle, and with it multiprocessing, looks for a script's functions and classes. Called with
+/// the interpreter lock held; a new reference, or null with an exception.
+PyObject *newModuleAttributes(PyObject *locals);
+
 } // namespace python_terminal

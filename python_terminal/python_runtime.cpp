@@ -67,6 +67,9 @@ PythonRuntime PythonRuntime::beside(const QString &applicationFile)
         logMissing(runtime.home);
     if (!hasLibrary)
         logMissing(lookedFor);
+    const QFileInfo interpreter(runtime.home + QStringLiteral("/bin/python3.7"));
+    if (interpreter.isExecutable())
+        runtime.interpreter = interpreter.absoluteFilePath();
     runtime.wanted = hasHome || hasLibrary; // either one is enough, which is meant
     runtime.usable = runtime.wanted && hasEssentialModules(runtime.libraryPath);
     if (runtime.wanted && !runtime.usable)

@@ -11,6 +11,8 @@ struct PythonRuntime
 {
     QString home; ///< absolute path of "python-3.7.1", whether it exists or not
     QString libraryPath; ///< absolute path of its "Lib", the interpreter's one search path, likewise
+    QString
+        interpreter; ///< absolute path of its "bin/python3.7", a plain interpreter; empty when it is not there
     bool wanted =
         false; ///< "python-3.7.1" or its "lib" is there, either of which means that a start is intended
     bool usable = false; ///< what Python cannot start without is there: without it, it would end the process

@@ -81,6 +81,19 @@ void TerminalPythonConsole::connectEvaluator()
     connect(workerThread, &QThread::finished, evaluator, &Thread::onExit, Qt::DirectConnection);
 }
 
+TerminalPythonConsole::Activity TerminalPythonConsole::activity() const
+{
+    if (stopped)
+        return Activity::Stopped;
+    if (banner.isEmpty())
+        return Activity::Starting;
+    if (banner == TerminalPythonThread::failureText())
+        return Activity::Failed;
+    if (!evaluating)
+        return Activity::Idle;
+    return inputMode ? Activity::WaitingForInput : Activity::Running;
+}
+
 // What the user does
 
 void TerminalPythonConsole::executeCommand(QString &line)

@@ -15,8 +15,21 @@ class TerminalPythonThread;
 class TerminalPythonConsole : public TerminalConsole
 {
     Q_OBJECT
+    Q_PROPERTY(Activity activity READ activity)
 
 public:
+    /// What the console is doing, also for a host that knows nothing of it but the property, as the name of a value.
+    enum class Activity
+    {
+        Starting,
+        Failed, ///< there is no interpreter
+        Idle, ///< it takes a line
+        Running,
+        WaitingForInput, ///< a statement runs, and waits for a line
+        Stopped,
+    };
+    Q_ENUM(Activity)
+
     /// Starts the interpreter. `parent` owns the console; main data, their client and the observer outlive it.
     TerminalPythonConsole(QWidget *parent, KdMainData &mainData, KdObserver &observer);
     ~TerminalPythonConsole() override;
@@ -24,6 +37,8 @@ public:
     void executeCommand(QString &command) override;
     void requestCompletion(QString &prefix) override;
     void submitInput(QString &text) override;
+
+    Activity activity() const;
 
     /// Shows the banner alone, and forgets the user's names.
     void resetConsole();

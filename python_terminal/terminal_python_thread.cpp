@@ -4,6 +4,7 @@
 #include "hostsdk/kd_main_data.h"
 #include "orbclient/orb_client_module.h"
 #include "orbclient/value_conversion.h"
+#include "python_terminal/child_processes.h"
 #include "python_terminal/console_redirection.h"
 #include "python_terminal/fallback_names.h"
 #include "python_terminal/python_runtime.h"
@@ -138,6 +139,10 @@ void TerminalPythonThread::takeOutput(const QString &text, bool isError)
             captureBuffer += text;
         return;
     }
+    if (python_terminal::isForkedProcess()) {
+        python_terminal::writeInForkedProcess(text, isError);
+        return;
+    }
     bool mustWait = false;
     {
         const std::lock_guard<std::mutex> lock(stop.mutex);
@@ -160,6 +165,10 @@ void TerminalPythonThread::takeOutput(const QString &text, bool isError)
 
 bool TerminalPythonThread::readStdInLine(QString &line)
 {
+    // Nobody could answer there: an empty line, without its line feed, is the end of the input.
+    line.clear();
+    if (python_terminal::isForkedProcess())
+        return true;
     std::unique_lock<std::mutex> lock(stop.mutex);
     stdinLine.clear();
     stdinLineArrived = false;
@@ -224,14 +233,23 @@ void TerminalPythonThread::initialize()
     const PyRef names(python_terminal::newFallbackNames(locals));
     if (names)
         PyDict_SetItemString(globals, "__builtins__", names.get());
+    const PyRef attributes(python_terminal::newModuleAttributes(locals));
+    if (attributes)
+        PyDict_SetItemString(globals, "__getattr__", attributes.get());
+    python_terminal::prepareForChildProcesses(runtime.interpreter);
     PyErr_Clear();
     setUpNamespace();
+}
+
+QString TerminalPythonThread::failureText()
+{
+    return QStringLiteral("Failed to initialize Python.");
 }
 
 QString TerminalPythonThread::banner() const
 {
     if (!isInitialized)
-        return QStringLiteral("Failed to initialize Python.");
+        return failureText();
     return QStringLiteral("Python %1 on %2\n"
                           "Type \"help\", \"copyright\", \"credits\" or \"license\" for more information.\n"
                           "Type \"help(orbClient)\" for more information on the orbClient module.\n")
@@ -313,6 +331,8 @@ PyRef TerminalPythonThread::evaluated(const PyRef &code)
     PyErr_CheckSignals();
     PyErr_Clear();
     PyRef result(PyEval_EvalCode(code.get(), globals, locals));
+    if (python_terminal::isForkedProcess())
+        python_terminal::endForkedProcess();
     if (result && PyErr_CheckSignals() != 0)
         result = PyRef();
     return result;

@@ -26,6 +26,9 @@ public:
     TerminalPythonThread(QObject *parent, KdMainData *mainData);
     ~TerminalPythonThread() override;
 
+    /// What `initialized` brings when there is no interpreter.
+    static QString failureText();
+
     // For the GUI thread
 
     /// Supplies a line, without its line feed, to a waiting readline.
