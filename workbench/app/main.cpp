@@ -81,8 +81,7 @@ int run(const workbench::Options &options, QTextStream &out, QTextStream &err)
     // A run that ends by itself looks the same every time, and leaves the operator's own layout alone.
     if (!hasScreen() && !options.hasTask()) {
         err << "There is no screen to show a window on. Give something to do without one: --run-command-file "
-               "FILE, "
-               "--editor-file FILE or --screenshot FILE.\n";
+               "FILE, --run-python-file FILE, --editor-file FILE or --screenshot FILE.\n";
         return workbench::MisuseExitCode;
     }
     const bool isUnattended = options.hasTask() && (options.quitWhenDone || !hasScreen());
@@ -92,7 +91,9 @@ int run(const workbench::Options &options, QTextStream &out, QTextStream &err)
     workbench::MainWindow window(*library.plugin(), mainData, workbench::SettingsStore(settingsDir));
     window.show();
 
-    workbench::UnattendedRun task(options, window, out, err);
+    workbench::Options taskOptions = options;
+    taskOptions.quitWhenDone = isUnattended;
+    workbench::UnattendedRun task(taskOptions, window, out, err);
     if (options.hasTask()) {
         QObject::connect(&task, &workbench::UnattendedRun::finished, &window, [&](int exitCode) {
             if (isUnattended || exitCode != 0) {

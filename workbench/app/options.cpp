@@ -24,20 +24,22 @@ QString complaint(const QCommandLineParser &parser)
             return tr("--%1 needs a value.").arg(name);
     }
     if (!parser.positionalArguments().isEmpty()) {
-        return tr("Unexpected argument \"%1\". A command file is given with --run-command-file.")
+        return tr("Unexpected argument \"%1\". A file is given with --run-command-file or --run-python-file.")
             .arg(parser.positionalArguments().constFirst());
     }
     if (parser.isSet(QStringLiteral("controller")) && !parser.isSet(QStringLiteral("run-command-file")))
         return tr("--controller says where a command file's requests go and needs --run-command-file.");
-    if (parser.isSet(QStringLiteral("run-command-file")) && parser.isSet(QStringLiteral("editor-file")))
-        return tr("--run-command-file and --editor-file both fill the editor; give one of them.");
-    const QStringList tasks = {QStringLiteral("run-command-file"), QStringLiteral("editor-file"),
-                               QStringLiteral("screenshot")};
+    const QStringList files = {QStringLiteral("run-command-file"), QStringLiteral("run-python-file"),
+                               QStringLiteral("editor-file")};
+    const auto isSet = [&](const QString &option) { return parser.isSet(option); };
+    if (std::count_if(files.begin(), files.end(), isSet) > 1)
+        return tr("--run-command-file, --run-python-file and --editor-file each fill an editor; give one of "
+                  "them.");
     const bool hasTask =
-        std::any_of(tasks.begin(), tasks.end(), [&](const QString &task) { return parser.isSet(task); });
+        parser.isSet(QStringLiteral("screenshot")) || std::any_of(files.begin(), files.end(), isSet);
     if (parser.isSet(QStringLiteral("quit-when-done")) && !hasTask)
-        return tr(
-            "--quit-when-done needs something to do: --run-command-file, --editor-file or --screenshot.");
+        return tr("--quit-when-done needs something to do: --run-command-file, --run-python-file, "
+                  "--editor-file or --screenshot.");
     return {};
 }
 
@@ -45,7 +47,14 @@ QString complaint(const QCommandLineParser &parser)
 
 bool Options::hasTask() const
 {
-    return !commandFile.isEmpty() || !editorFile.isEmpty() || !screenshotFile.isEmpty();
+    return !file().isEmpty() || !screenshotFile.isEmpty();
+}
+
+QString Options::file() const
+{
+    if (!commandFile.isEmpty())
+        return commandFile;
+    return pythonFile.isEmpty() ? editorFile : pythonFile;
 }
 
 OptionsResult parseOptions(const QStringList &arguments, Options &options, QString &message)
@@ -63,6 +72,8 @@ OptionsResult parseOptions(const QStringList &arguments, Options &options, QStri
         {QStringLiteral("run-command-file"), tr("Execute a command file and print the transcript."), file},
         {QStringLiteral("controller"), tr("Send the file's requests to this controller (the first)."),
          tr("name")},
+        {QStringLiteral("run-python-file"),
+         tr("Execute a Python file in the Python terminal and print the transcript."), file},
         {QStringLiteral("editor-file"), tr("Show a file in the command terminal's editor."), file},
         {QStringLiteral("screenshot"), tr("Save a picture of the window, after the file if there is one."),
          file},
@@ -91,6 +102,7 @@ OptionsResult parseOptions(const QStringList &arguments, Options &options, QStri
     options.configDir = parser.value(QStringLiteral("config-dir"));
     options.commandFile = parser.value(QStringLiteral("run-command-file"));
     options.controller = parser.value(QStringLiteral("controller"));
+    options.pythonFile = parser.value(QStringLiteral("run-python-file"));
     options.editorFile = parser.value(QStringLiteral("editor-file"));
     options.screenshotFile = parser.value(QStringLiteral("screenshot"));
     options.quitWhenDone = parser.isSet(QStringLiteral("quit-when-done"));

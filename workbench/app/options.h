@@ -13,13 +13,17 @@ struct Options
     QString configDir; ///< folder of layout and settings; empty for the user's own
     QString commandFile; ///< command file to execute after start-up; empty for none
     QString controller; ///< controller that the file's requests go to; empty for the first
+    QString pythonFile; ///< Python file to execute after start-up; empty for none
     QString editorFile; ///< file to show in the editor; empty for none
     QString screenshotFile; ///< where to save a picture of the window; empty for none
-    bool quitWhenDone = false; ///< end the program once file and picture are done
+    bool quitWhenDone = false; ///< end the program once file and picture are done: nobody is there
     int latency = -1; ///< answering time of the simulated service in ms, 0 to 60000; -1 for its own
 
     /// Whether there is something to do by itself.
     bool hasTask() const;
+
+    /// The file to execute or to show; empty for none.
+    QString file() const;
 };
 
 enum class OptionsResult

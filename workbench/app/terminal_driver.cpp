@@ -1,10 +1,8 @@
 #include "workbench/app/terminal_driver.h"
 
 #include <QAction>
-#include <QComboBox>
 #include <QPlainTextEdit>
 #include <QTextBlock>
-#include <QVariant>
 
 namespace workbench
 {
@@ -19,16 +17,20 @@ const QLatin1String ExecuteFileText("Execute File");
 
 TerminalDriver::TerminalDriver(QWidget &tool_)
     : tool(tool_),
-      controllerBox(tool_.findChild<QComboBox *>(QStringLiteral("controllerBox"))),
       console(tool_.findChild<QPlainTextEdit *>(QStringLiteral("console"))),
       editor(tool_.findChild<QPlainTextEdit *>(QStringLiteral("editor")))
-{ }
+{
+    if (!console)
+        return;
+    linesTaken = QTextCursor(console->document());
+    linesTaken.setKeepPositionOnInsert(true);
+}
+
+TerminalDriver::~TerminalDriver() = default;
 
 QString TerminalDriver::missingControl() const
 {
-    if (!controllerBox)
-        return QStringLiteral("controllerBox");
-    if (!console || !console->property("fileRunning").isValid())
+    if (!console)
         return QStringLiteral("console");
     if (!editor)
         return QStringLiteral("editor");
@@ -37,34 +39,6 @@ QString TerminalDriver::missingControl() const
             return text;
     }
     return {};
-}
-
-bool TerminalDriver::knowsControllers() const
-{
-    return controllerBox->count() > 0 && controllerBox->itemData(controllerBox->count() - 1).isValid();
-}
-
-bool TerminalDriver::chooseController(const QString &name, QString &error)
-{
-    QStringList known;
-    int chosen = -1;
-    for (int i = 0; i < controllerBox->count(); ++i) {
-        const QString text = controllerBox->itemText(i);
-        const QString connection = controllerBox->itemData(i).toString();
-        if (connection.isEmpty())
-            continue; // a text that asks for a choice
-        known.append(text);
-        if (chosen < 0 && (name.isEmpty() || name == text || name == connection))
-            chosen = i;
-    }
-    if (chosen < 0) {
-        error = known.isEmpty()
-            ? tr("There is no controller to send requests to.")
-            : tr("There is no controller \"%1\". There are: %2").arg(name, known.join(QStringLiteral(", ")));
-        return false;
-    }
-    controllerBox->setCurrentIndex(chosen);
-    return true;
 }
 
 void TerminalDriver::edit(const QString &text)
@@ -81,20 +55,13 @@ void TerminalDriver::execute()
     action(ExecuteFileText)->trigger();
 }
 
-bool TerminalDriver::isBusy() const
-{
-    // The console is locked while it waits for an answer.
-    return console->property("fileRunning").toBool() || !console->isEnabledTo(&tool);
-}
-
 QString TerminalDriver::takeNewLines()
 {
     QString lines;
-    for (QTextBlock block = console->document()->findBlockByNumber(linesTaken); block.next().isValid();
-         block = block.next()) {
+    QTextBlock block = linesTaken.block();
+    for (; block.next().isValid(); block = block.next())
         lines += block.text() + QLatin1Char('\n');
-        ++linesTaken;
-    }
+    linesTaken.setPosition(block.position());
     return lines;
 }
 

@@ -1,9 +1,10 @@
 #include "workbench/app/unattended_run.h"
 
 #include "hostsdk/kd_plugin_widget.h"
+#include "workbench/app/command_terminal_driver.h"
 #include "workbench/app/main_window.h"
+#include "workbench/app/python_terminal_driver.h"
 #include "workbench/app/system_view.h"
-#include "workbench/app/terminal_driver.h"
 #include "workbench/app/tool_docks.h"
 #include "workbench/app/tool_host.h"
 
@@ -58,7 +59,7 @@ UnattendedRun::~UnattendedRun() = default;
 
 void UnattendedRun::start()
 {
-    const QString path = options.commandFile.isEmpty() ? options.editorFile : options.commandFile;
+    const QString path = options.file();
     QString error;
     if (!path.isEmpty() && !readFile(path, fileText, error)) {
         fail(tr("The file \"%1\" cannot be read: %2.").arg(QDir::toNativeSeparators(path), error));
@@ -72,40 +73,46 @@ void UnattendedRun::start()
     }
     if (!openTerminal())
         return;
-    step = &UnattendedRun::waitForControllers;
-    controllerDeadline.setRemainingTime(ControllerTime);
+    step = &UnattendedRun::waitUntilReady;
+    readyDeadline.setRemainingTime(ReadyTime);
     poll.start();
 }
 
 bool UnattendedRun::openTerminal()
 {
-    ToolHost &host = window.toolHost();
-    const QVector<quint32> classes = host.toolClasses();
-    if (classes.isEmpty() || !window.toolDocks().open(classes.constFirst())) {
-        fail(tr("The plug-in has no command terminal that could be opened."));
+    const QVector<quint32> classes = window.toolHost().toolClasses();
+    const int index = options.pythonFile.isEmpty() ? 0 : 1; // of the plug-in's tools
+    if (classes.size() <= index || !window.toolDocks().open(classes.at(index))) {
+        fail(index == 0 ? tr("The plug-in has no command terminal that could be opened.")
+                        : tr("The plug-in has no Python terminal that could be opened."));
         return false;
     }
-    QWidget *tool = host.tool(classes.constFirst());
+    QWidget *tool = window.toolHost().tool(classes.at(index));
     connect(tool, &QObject::destroyed, this, [this] {
         if (step)
             fail(tr("The window was closed before the run was over."));
     });
-    driver = std::make_unique<TerminalDriver>(*tool);
+    if (options.pythonFile.isEmpty())
+        driver = std::make_unique<CommandTerminalDriver>(*tool);
+    else
+        driver = std::make_unique<PythonTerminalDriver>(*tool);
     const QString missing = driver->missingControl();
     if (!missing.isEmpty()) {
         fail(tr("The tool \"%1\" cannot be operated: it has no \"%2\".")
-                 .arg(host.title(classes.constFirst()), missing));
+                 .arg(window.toolHost().title(classes.at(index)), missing));
         return false;
     }
     return true;
 }
 
-void UnattendedRun::waitForControllers()
+void UnattendedRun::waitUntilReady()
 {
-    if (!driver->knowsControllers() && !controllerDeadline.hasExpired())
+    if (failedAtObstacle())
+        return;
+    if (!driver->isReady() && !readyDeadline.hasExpired())
         return;
     QString error;
-    if (!driver->chooseController(options.controller, error)) {
+    if (!driver->prepare(options.controller, error)) {
         fail(error);
         return;
     }
@@ -114,18 +121,24 @@ void UnattendedRun::waitForControllers()
 
 void UnattendedRun::begin()
 {
-    if (!options.commandFile.isEmpty()) {
+    if (!options.file().isEmpty())
         driver->edit(fileText);
+    if (executesFile())
         driver->execute();
-    } else if (!options.editorFile.isEmpty()) {
-        driver->edit(fileText);
-    }
     step = &UnattendedRun::waitForEnd;
+}
+
+bool UnattendedRun::failedAtObstacle()
+{
+    const QString obstacle = driver->obstacle();
+    if (!obstacle.isEmpty())
+        fail(obstacle);
+    return !obstacle.isEmpty();
 }
 
 void UnattendedRun::printNewLines()
 {
-    if (options.commandFile.isEmpty())
+    if (!executesFile())
         return;
     out << driver->takeNewLines();
     out.flush();
@@ -135,10 +148,18 @@ void UnattendedRun::waitForEnd()
 {
     // As it happens: whoever interrupts a run still has what was sent and answered.
     printNewLines();
+    if (failedAtObstacle())
+        return;
+    if (driver->waitsForUser() && options.quitWhenDone) {
+        out << driver->lastLine() << QLatin1Char('\n');
+        fail(tr("\"%1\" waits for a line that somebody types, and nobody is there.")
+                 .arg(QDir::toNativeSeparators(options.file())));
+        return;
+    }
     if (driver->isBusy())
         return;
     printNewLines();
-    if (!options.commandFile.isEmpty())
+    if (executesFile())
         out << driver->lastLine() << QLatin1Char('\n');
     window.systemView().refreshVisible();
     // One more turn, so that everything that the last answer caused is laid out.

@@ -16,8 +16,8 @@ namespace workbench
 class MainWindow;
 class TerminalDriver;
 
-/// Does what the command line asked for, in the real command terminal, while the window is up: executes a command
-/// file and prints the transcript, or shows a file in the editor, and saves a picture. GUI thread only.
+/// Does what the command line asked for, in a real terminal, while the window is up: executes a command file or a
+/// Python file and prints the transcript, or shows a file in the editor, and saves a picture. GUI thread only.
 class UnattendedRun : public QObject
 {
     Q_OBJECT
@@ -31,8 +31,8 @@ public:
     /// Begins; the window is shown by now. Everything else follows from the event loop.
     void start();
 
-    /// Time that the terminal has to learn of the controllers, in ms.
-    static constexpr int ControllerTime = 10000;
+    /// Time that a terminal has to be ready, in ms.
+    static constexpr int ReadyTime = 10000;
 
 Q_SIGNALS:
     /// All is done (0) or something could not be (1, and the reason was printed).
@@ -40,7 +40,9 @@ Q_SIGNALS:
 
 private:
     bool openTerminal();
-    void waitForControllers();
+    bool executesFile() const { return !options.commandFile.isEmpty() || !options.pythonFile.isEmpty(); }
+    void waitUntilReady();
+    bool failedAtObstacle();
     void begin();
     void waitForEnd();
     void printNewLines();
@@ -55,7 +57,7 @@ private:
     QString fileText;
     std::unique_ptr<TerminalDriver> driver;
     QTimer poll; ///< looks at the terminal's controls, which have no signals that a stranger could know
-    QDeadlineTimer controllerDeadline;
+    QDeadlineTimer readyDeadline;
     void (UnattendedRun::*step)() = nullptr; ///< what the next look is for; null before and after the run
 };
 
