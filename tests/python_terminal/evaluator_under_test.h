@@ -78,5 +78,4 @@ private:
     TerminalPythonThread *evaluator; ///< lives on the worker thread, and is deleted when that has finished
     QStringList taken;
     QStringList answers;
-    int marksArrived = 0;
 };
