@@ -126,15 +126,25 @@ void TerminalPythonConsole::resetConsole()
         printText(QStringLiteral("\n"));
         printInputPrompt();
     }
+    busy = evaluating && !asked;
     Q_EMIT clearEvaluator();
 }
 
 void TerminalPythonConsole::executeFile(const QString &text)
 {
     const QString notice = tr("executing file") + QLatin1Char('\n');
+    if (evaluating) {
+        // It runs when what runs now has come to its end, whose output stays.
+        ++filesToFollow;
+        showAllOutput();
+    }
+    const bool asked = inputMode;
+    if (asked || !evaluating)
+        removeInput();
     beginEvaluating();
-    removeInput();
     printText(notice);
+    if (asked)
+        printInputPrompt();
     Q_EMIT executeFileInThread(text);
 }
 
@@ -197,8 +207,12 @@ void TerminalPythonConsole::onEvaluationComplete(bool flagMultilineCmd)
     showAllOutput();
     if (!evaluating)
         return;
-    evaluating = false;
     interruptWanted = false;
+    if (filesToFollow > 0) {
+        --filesToFollow;
+        return;
+    }
+    evaluating = false;
     reportBusy(false);
     takeFocusBack();
     statementPending = flagMultilineCmd;

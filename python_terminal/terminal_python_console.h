@@ -94,6 +94,7 @@ private:
     QThread *workerThread = nullptr; ///< likewise
     QString banner;
     bool evaluating = false; ///< a statement or a file runs, and the console is disabled
+    int filesToFollow = 0; ///< handed over while that runs
     bool hadFocus = false; ///< the console had the focus when that began
     bool stopped = false;
     bool statementPending = false; ///< the last prompt asked for the continuation of a statement

@@ -55,11 +55,14 @@ private Q_SLOTS:
     void executeFileDuringAStatementEndsWithThePrompt();
     void executeFileAsks();
     void executeFileReports();
+    void aFileDuringAFileFollowsIt();
+    void aFileDuringAQuestionKeepsTheQuestion();
 
     void resetShowsTheBannerAlone();
     void resetForgetsNamesAndHistory();
     void resetClearsTheNamespaceOnce();
     void resetDuringAQuestionKeepsTheQuestion();
+    void resetWhileSomethingRunsTakesNoLine();
 
 private:
     QStringList answerOf(const QString &line)
@@ -543,6 +546,40 @@ void TestTerminalPythonConsole::executeFileReports()
         QLatin1String("red:<class 'ZeroDivisionError'> division by zero <traceback object at 0x")));
 }
 
+void TestTerminalPythonConsole::aFileDuringAFileFollowsIt()
+{
+    bench->console->executeFile(QStringLiteral("a = input('first')\nprint('end of', a)\n"));
+    QVERIFY(bench->waitForQuestion());
+    bench->enter(QStringLiteral("one"));
+    bench->console->executeFile(QStringLiteral("b = input('second')\nprint('end of', b)\n"));
+    QTRY_VERIFY(text().endsWith(QLatin1String("second\n? ")));
+    QVERIFY(text().contains(QLatin1String("first\n? one\n")));
+    QVERIFY(text().contains(QLatin1String("end of\none\n")));
+    QVERIFY(text().contains(QLatin1String("executing file\n")));
+    // It can be stopped as any other.
+    bench->console->interrupt();
+    QVERIFY(bench->waitForPrompt());
+    QVERIFY(text().contains(QLatin1String("KeyboardInterrupt")));
+    QCOMPARE(bench->display().filter(QRegularExpression(QStringLiteral("^white:> "))),
+             (QStringList{QStringLiteral("white:> executing file"), QStringLiteral("white:> ")}));
+    QCOMPARE(bench->busyEvents().back(), qint64{0});
+    QVERIFY(bench->run(QStringLiteral("1")));
+}
+
+void TestTerminalPythonConsole::aFileDuringAQuestionKeepsTheQuestion()
+{
+    bench->console->executeFile(QStringLiteral("print('got', input('name'))\n"));
+    QVERIFY(bench->waitForQuestion());
+    QTest::keyClicks(bench->console, QStringLiteral("half"));
+    bench->console->executeFile(QStringLiteral("print('second')\n"));
+    QCOMPARE(bench->display().mid(1),
+             (QStringList{QStringLiteral("green:name"), QStringLiteral("white:? executing file"),
+                          QStringLiteral("white:? ")}));
+    QCOMPARE(answerOf(QStringLiteral("Ada")),
+             (QStringList{QStringLiteral("green:got"), QStringLiteral("green:Ada"),
+                          QStringLiteral("green:second"), QStringLiteral("white:> ")}));
+}
+
 // Reset
 
 void TestTerminalPythonConsole::resetShowsTheBannerAlone()
@@ -585,6 +622,23 @@ void TestTerminalPythonConsole::resetDuringAQuestionKeepsTheQuestion()
     QCOMPARE(
         answerOf(QStringLiteral("Ada")),
         (QStringList{QStringLiteral("green:got"), QStringLiteral("green:Ada"), QStringLiteral("white:> ")}));
+}
+
+void TestTerminalPythonConsole::resetWhileSomethingRunsTakesNoLine()
+{
+    QSignalSpy handedOver(bench->console, &TerminalPythonConsole::returnPressed);
+    bench->console->executeFile(QStringLiteral("a = input()\norbClient.getConnections()\n"
+                                               "import time\ntime.sleep(60)\n"));
+    QVERIFY(bench->waitForQuestion());
+    bench->enter(QStringLiteral("answer"));
+    QVERIFY(bench->waitForCalls(1));
+    bench->console->resetConsole();
+    bench->enter(QStringLiteral("1"));
+    QCOMPARE(handedOver.size(), 0);
+    bench->console->interrupt();
+    QVERIFY(bench->waitForPrompt());
+    QVERIFY(bench->run(QStringLiteral("1")));
+    QCOMPARE(handedOver.size(), 1);
 }
 
 QTEST_MAIN(TestTerminalPythonConsole)
