@@ -51,6 +51,28 @@ private Q_SLOTS:
         QVERIFY(options.hasTask());
     }
 
+    void theFileToBegin_data()
+    {
+        QTest::addColumn<QString>("arguments");
+        QTest::addColumn<QString>("file");
+        QTest::newRow("none") << QStringLiteral("--screenshot s.png") << QString();
+        QTest::newRow("command file")
+            << QStringLiteral("--run-command-file r.txt") << QStringLiteral("r.txt");
+        QTest::newRow("Python file") << QStringLiteral("--run-python-file r.py --quit-when-done")
+                                     << QStringLiteral("r.py");
+        QTest::newRow("shown") << QStringLiteral("--editor-file e.txt") << QStringLiteral("e.txt");
+    }
+
+    void theFileToBegin()
+    {
+        QFETCH(QString, arguments);
+        Options options;
+        QString message;
+        QCOMPARE(parseOptions(line(arguments), options, message), OptionsResult::Run);
+        QTEST(options.file(), "file");
+        QVERIFY(options.hasTask());
+    }
+
     void refused_data()
     {
         QTest::addColumn<QString>("arguments");
@@ -68,7 +90,9 @@ private Q_SLOTS:
         row("latency above the limit", "--latency 60001", "60000");
         row("latency empty", "--latency=", "latency");
         row("controller without file", "--controller left", "--run-command-file");
+        row("controller for a script", "--run-python-file a.py --controller left", "--run-command-file");
         row("two files for one editor", "--run-command-file a --editor-file b", "--editor-file");
+        row("two files to execute", "--run-command-file a --run-python-file b", "--run-python-file");
     }
 
     void refused()

@@ -1,15 +1,8 @@
 #include "workbench/app/unattended_run.h"
 
-#include "hostclient/dl_data_access.h"
-#include "hostsdk/kd_main_data.h"
-#include "hostsdk/kd_plugin_widget.h"
 #include "tests/workbench/fake_plugin.h"
+#include "tests/workbench/real_workbench.h"
 #include "tests/workbench/small_system.h"
-#include "workbench/app/main_window.h"
-#include "workbench/app/plugin_library.h"
-#include "workbench/app/tool_docks.h"
-#include "workbench/app/tool_host.h"
-#include "workbench/simulator/simulated_service.h"
 
 #include <QComboBox>
 #include <QImage>
@@ -21,53 +14,14 @@
 #include <QTextStream>
 
 #include <chrono>
-#include <memory>
 
 using workbench::MainWindow;
 using workbench::Options;
-using workbench::PluginLibrary;
 using workbench::SettingsStore;
 using workbench::UnattendedRun;
 
 namespace
 {
-
-/// The real plug-in in the real window, in front of the simulated system. Goes in the order that main() has.
-struct Workbench
-{
-    explicit Workbench(const Options &runOptions)
-        : dataAccess(service), mainData(&dataAccess), options(runOptions)
-    {
-        QString error;
-        if (!library.load(QStringLiteral(TERMINAL_PLUGIN), QString(), error))
-            qFatal("%s", qUtf8Printable(error));
-        window = std::make_unique<MainWindow>(*library.plugin(), mainData, SettingsStore(QString()));
-        window->show();
-        run = std::make_unique<UnattendedRun>(options, *window, out, err);
-    }
-
-    ~Workbench()
-    {
-        run.reset();
-        window.reset();
-    }
-
-    QWidget *tool() { return window->toolHost().tool(window->toolHost().toolClasses().constFirst()); }
-    QPlainTextEdit *console() { return tool()->findChild<QPlainTextEdit *>(QStringLiteral("console")); }
-    QPlainTextEdit *editor() { return tool()->findChild<QPlainTextEdit *>(QStringLiteral("editor")); }
-
-    simulator::SimulatedService service;
-    DlDataAccess dataAccess;
-    KdMainData mainData;
-    PluginLibrary library;
-    Options options;
-    QString outText;
-    QString errText;
-    QTextStream out{&outText};
-    QTextStream err{&errText};
-    std::unique_ptr<MainWindow> window;
-    std::unique_ptr<UnattendedRun> run;
-};
 
 const char *const ReadVoltage =
     R"({"i":"<session_id>","t":"request","c":[{"c":"getItem","p":{"p":{"l":"0","a":"0",)"
@@ -96,7 +50,7 @@ private Q_SLOTS:
     {
         Options options;
         options.commandFile = file(QByteArray("# read\n") + ReadVoltage + "\nwait 0010\n# end\n");
-        Workbench bench(options);
+        RealWorkbench bench(options);
         QSignalSpy finished(bench.run.get(), &UnattendedRun::finished);
         bench.run->start();
         QTRY_COMPARE(finished.size(), 1);
@@ -130,7 +84,7 @@ private Q_SLOTS:
         Options options;
         options.commandFile = file(QByteArray(ReadVoltage) + '\n');
         options.controller = name;
-        Workbench bench(options);
+        RealWorkbench bench(options);
         QSignalSpy finished(bench.run.get(), &UnattendedRun::finished);
         bench.run->start();
         QTRY_COMPARE(finished.size(), 1);
@@ -144,7 +98,7 @@ private Q_SLOTS:
         Options options;
         options.commandFile = file("# nothing\n");
         options.controller = QStringLiteral("attic");
-        Workbench bench(options);
+        RealWorkbench bench(options);
         QSignalSpy finished(bench.run.get(), &UnattendedRun::finished);
         bench.run->start();
         QTRY_COMPARE(finished.size(), 1);
@@ -166,7 +120,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, content);
         Options options;
         options.commandFile = file(content);
-        Workbench bench(options);
+        RealWorkbench bench(options);
         QSignalSpy finished(bench.run.get(), &UnattendedRun::finished);
         bench.run->start();
         QTRY_COMPARE(finished.size(), 1);
@@ -178,7 +132,7 @@ private Q_SLOTS:
     {
         Options options;
         options.commandFile = file("# first\nwait 60000\n# end\n");
-        Workbench bench(options);
+        RealWorkbench bench(options);
         bench.run->start();
         QTRY_VERIFY(bench.outText.contains(QStringLiteral("waiting for 60000 ms")));
         QVERIFY(!bench.outText.contains(QStringLiteral("# end")));
@@ -197,7 +151,7 @@ private Q_SLOTS:
         QFETCH(QString, path);
         Options options;
         options.commandFile = path;
-        Workbench bench(options);
+        RealWorkbench bench(options);
         QSignalSpy finished(bench.run.get(), &UnattendedRun::finished);
         bench.run->start();
         QCOMPARE(finished.size(), 1);
@@ -209,7 +163,7 @@ private Q_SLOTS:
     {
         Options options;
         options.commandFile = file("# one\n# two");
-        Workbench bench(options);
+        RealWorkbench bench(options);
         QSignalSpy finished(bench.run.get(), &UnattendedRun::finished);
         bench.run->start();
         QTRY_COMPARE(finished.size(), 1);
@@ -224,7 +178,7 @@ private Q_SLOTS:
         Options options;
         options.editorFile = file("# in the editor\n");
         options.screenshotFile = dir.filePath(QStringLiteral("new folder/editor.png"));
-        Workbench bench(options);
+        RealWorkbench bench(options);
         QSignalSpy finished(bench.run.get(), &UnattendedRun::finished);
         bench.run->start();
         QTRY_COMPARE(finished.size(), 1);
@@ -241,7 +195,7 @@ private Q_SLOTS:
     {
         Options options;
         options.screenshotFile = QStringLiteral("/no/such/folder\n/x.unknown");
-        Workbench bench(options);
+        RealWorkbench bench(options);
         QSignalSpy finished(bench.run.get(), &UnattendedRun::finished);
         bench.run->start();
         QTRY_COMPARE(finished.size(), 1);
@@ -281,7 +235,7 @@ private Q_SLOTS:
         QFETCH(int, latency);
         Options options;
         options.commandFile = file(line + '\n' + line + "\n# never\n");
-        Workbench bench(options);
+        RealWorkbench bench(options);
         bench.service.setLatency(std::chrono::milliseconds(latency));
         QSignalSpy finished(bench.run.get(), &UnattendedRun::finished);
         bench.run->start();
@@ -298,7 +252,7 @@ private Q_SLOTS:
     {
         Options options;
         options.commandFile = file(QByteArray("wait 0300\n") + ReadVoltage + "\n# after\n");
-        Workbench bench(options);
+        RealWorkbench bench(options);
         QSignalSpy finished(bench.run.get(), &UnattendedRun::finished);
         bench.run->start();
         QTRY_VERIFY(bench.console()->property("fileRunning").toBool());

@@ -42,7 +42,9 @@ bool PythonTerminalDriver::waitsForUser() const
 QString PythonTerminalDriver::obstacle() const
 {
     if (activity() == QLatin1String("Failed"))
-        return tr("Python did not start. It needs the folder \"python-3.7.1\" beside the program.");
+        return tr(
+            "Python did not start. It needs the folder \"python-3.7.1\" beside the program, and there is one "
+            "interpreter for all of its Python terminals.");
     if (activity() == QLatin1String("Stopped"))
         return tr("The interpreter was stopped before the script was over.");
     return {};

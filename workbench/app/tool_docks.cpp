@@ -44,8 +44,9 @@ bool ToolDocks::open(quint32 classId)
 {
     ToolDock *toolDock = dock(classId);
     const bool isNew = !toolDock;
+    bool hasPlace = true;
     if (isNew)
-        toolDock = makeDock(classId);
+        toolDock = makeDock(classId, hasPlace);
     if (!toolDock) {
         const QString reason =
             tr("\"%1\" cannot be opened: this plug-in does not provide it yet.").arg(host.title(classId));
@@ -57,10 +58,27 @@ bool ToolDocks::open(quint32 classId)
         host.announceShown(classId);
         toolDock->show();
     }
+    if (!hasPlace)
+        shareHeight();
     toolDock->raise();
     if (QWidget *tool = host.tool(classId))
         tool->setFocus(Qt::OtherFocusReason);
     return true;
+}
+
+/// A tool that the saved layout does not know would get what height the others do not need.
+void ToolDocks::shareHeight()
+{
+    QList<QDockWidget *> column;
+    QList<int> heights;
+    for (const auto &[classId, toolDock] : docks) {
+        if (toolDock->isHidden() || toolDock->isFloating())
+            continue;
+        column.append(toolDock.get());
+        heights.append(window.height());
+    }
+    if (column.size() > 1)
+        window.resizeDocks(column, heights, Qt::Vertical);
 }
 
 void ToolDocks::hide(quint32 classId)
@@ -103,7 +121,8 @@ void ToolDocks::closeAll()
     docks.clear();
 }
 
-ToolDock *ToolDocks::makeDock(quint32 classId)
+/// `hasPlace` tells whether the window's layout knows where it stands.
+ToolDock *ToolDocks::makeDock(quint32 classId, bool &hasPlace)
 {
     auto toolDock = std::make_unique<ToolDock>(host.title(classId), host.permanentName(classId), &window);
     QWidget *tool = host.openTool(classId, toolDock.get(), ToolLayoutMargin);
@@ -117,7 +136,8 @@ ToolDock *ToolDocks::makeDock(quint32 classId)
             tr("\"%1\" is hidden and goes on with what it does. The menu brings it back as it was.")
                 .arg(host.title(classId)));
     });
-    if (!window.restoreDockWidget(toolDock.get()))
+    hasPlace = window.restoreDockWidget(toolDock.get());
+    if (!hasPlace)
         window.addDockWidget(Qt::RightDockWidgetArea, toolDock.get());
     toolDock->hide();
     return (docks[classId] = std::move(toolDock)).get();

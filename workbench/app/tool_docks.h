@@ -49,7 +49,8 @@ Q_SIGNALS:
     void message(const QString &text);
 
 private:
-    ToolDock *makeDock(quint32 classId);
+    ToolDock *makeDock(quint32 classId, bool &hasPlace);
+    void shareHeight();
 
     ToolHost &host;
     ToolMenu &menu;
