@@ -57,14 +57,16 @@ PythonRuntime PythonRuntime::beside(const QString &applicationFile)
     const QString directory = QFileInfo(applicationFile).absolutePath();
     PythonRuntime runtime;
     runtime.home = directory + QStringLiteral("/python-3.7.1");
+    const bool hasHome = QFileInfo::exists(runtime.home);
+    if (!hasHome)
+        logMissing(runtime.home);
+    // A library right beside the application will do as well.
+    if (!hasHome && QFileInfo::exists(directory + QStringLiteral("/lib")))
+        runtime.home = directory;
     // On a case-sensitive file system these are two names: "lib" is looked for, "Lib" is searched.
     const QString lookedFor = runtime.home + QStringLiteral("/lib");
     runtime.libraryPath = runtime.home + QStringLiteral("/Lib");
-
-    const bool hasHome = QFileInfo::exists(runtime.home);
     const bool hasLibrary = QFileInfo::exists(lookedFor);
-    if (!hasHome)
-        logMissing(runtime.home);
     if (!hasLibrary)
         logMissing(lookedFor);
     const QFileInfo interpreter(runtime.home + QStringLiteral("/bin/python3.7"));
