@@ -15,6 +15,9 @@ std::atomic<StopRequests *> current{nullptr};
 // end a late one must not harm the host.
 constexpr int InterruptingSignal = SIGURG;
 
+// What a script's own handlers may take when they are asked to end.
+constexpr std::chrono::milliseconds Grace(40);
+
 } // namespace
 
 StopRequests::StopRequests() = default;
@@ -56,6 +59,11 @@ void StopRequests::knock()
     if (!attached || !inside)
         return;
     Py_AddPendingCall(onPendingCall, nullptr);
+    if (!signalled)
+        return;
+    // A script may have had the signal ignored.
+    if (closing)
+        sigaction(InterruptingSignal, &action, nullptr);
     pthread_kill(worker, InterruptingSignal);
 }
 
@@ -71,6 +79,8 @@ void StopRequests::attach()
     current = this;
     const std::lock_guard<std::mutex> lock(insideMutex);
     worker = pthread_self();
+    sigaction(InterruptingSignal, nullptr, &action);
+    signalled = static_cast<bool>(old);
     attached = true;
 }
 
@@ -83,6 +93,9 @@ void StopRequests::detach()
 
 void StopRequests::enter()
 {
+    // A signal that came while nothing ran is nobody's.
+    PyErr_CheckSignals();
+    PyErr_Clear();
     const std::lock_guard<std::mutex> lock(insideMutex);
     inside = true;
     interrupting = false;
@@ -98,29 +111,36 @@ void StopRequests::leave()
 void StopRequests::allowCleanUp(std::chrono::milliseconds time)
 {
     PyEval_SetTrace(nullptr, nullptr);
-    cleanUpEnd = (std::chrono::steady_clock::now() + time).time_since_epoch().count();
+    askedToClose = true;
+    patienceEnd = std::chrono::steady_clock::now() + time;
 }
 
-void StopRequests::forbidStopping()
+void StopRequests::endSignals()
 {
-    PyEval_SetTrace(nullptr, nullptr);
-    cleanUpEnd = std::chrono::steady_clock::duration::max().count();
+    const std::lock_guard<std::mutex> lock(insideMutex);
+    signalled = false;
 }
 
-bool StopRequests::mustClose() const
+bool StopRequests::isPatient() const
 {
-    return closing && std::chrono::steady_clock::now().time_since_epoch().count() >= cleanUpEnd;
+    return std::chrono::steady_clock::now() < patienceEnd;
 }
 
 bool StopRequests::raise()
 {
-    if (mustClose()) {
-        // Raised again at every step from now on: "except: pass" and a long "finally" end as well.
-        PyEval_SetTrace(onTrace, nullptr);
+    if (closing) {
+        if (isPatient())
+            return false;
+        // From the second time on it is raised again at every step: "except: pass" and a long "finally" end as well.
+        if (askedToClose)
+            PyEval_SetTrace(onTrace, nullptr);
+        else
+            patienceEnd = std::chrono::steady_clock::now() + Grace;
+        askedToClose = true;
         PyErr_SetNone(PyExc_SystemExit);
         return true;
     }
-    if (closing || !interrupting.exchange(false))
+    if (!interrupting.exchange(false))
         return false;
     PyErr_SetNone(PyExc_KeyboardInterrupt);
     return true;
@@ -143,7 +163,7 @@ PyObject *StopRequests::onSignal(PyObject *, PyObject *)
 int StopRequests::onTrace(PyObject *, struct _frame *, int, PyObject *)
 {
     StopRequests *requests = current;
-    if (requests == nullptr || !requests->mustClose())
+    if (requests == nullptr || requests->isPatient())
         return 0;
     PyErr_SetNone(PyExc_SystemExit);
     return -1;

@@ -29,7 +29,9 @@ public:
 
     /// What runs at the moment is to end with a KeyboardInterrupt; false when nothing runs.
     bool interrupt();
-    /// Whatever runs, now or later, is to end, handlers of exceptions included; there is no way back.
+    /// Whatever runs, now or later, is to end; there is no way back. At first its handlers of exceptions and its
+    /// "finally" run as they would at any exception, so that a script may leave the hardware as it should be; soon after
+    /// they end as well.
     void close();
     /// Asks again, while something that was asked for has not happened.
     void knock();
@@ -51,8 +53,11 @@ public:
     bool isWanted() const { return closing || interrupting; }
     /// What runs within this time although a close was asked for may come to its end: the script's own clean-up.
     void allowCleanUp(std::chrono::milliseconds time);
-    /// From now on nothing is stopped any more: what the interpreter's end itself runs must not be.
-    void forbidStopping();
+    /// The interpreter's end takes the handlers of signals away: from now on only running code is asked, within its
+    /// next step.
+    void endSignals();
+    /// How the interpreter handles any signal.
+    const struct sigaction &signalAction() const { return action; }
 
     /// Waits until `done` holds or a stop is asked for. `lock` holds the mutex of `condition`.
     template <typename Done>
@@ -70,13 +75,16 @@ private:
     static PyObject *onSignal(PyObject *, PyObject *);
     static int onTrace(PyObject *, struct _frame *, int, PyObject *);
 
-    bool mustClose() const;
+    bool isPatient() const;
 
     std::atomic<bool> closing{false};
-    std::atomic<std::chrono::steady_clock::rep> cleanUpEnd{
-        std::chrono::steady_clock::duration::min().count()};
     std::atomic<bool> interrupting{false};
-    std::mutex insideMutex; ///< guards the next three
+    std::chrono::steady_clock::time_point
+        patienceEnd; ///< a close waits until then; guarded by the interpreter lock
+    bool askedToClose = false; ///< likewise
+    std::mutex insideMutex; ///< guards the rest
+    struct sigaction action = {};
+    bool signalled = false; ///< the interpreter handles the signal
     bool attached = false;
     bool inside = false;
     pthread_t worker{};

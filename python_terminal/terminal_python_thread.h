@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orbclient/py_ref.h"
+#include "python_terminal/process_settings.h"
 #include "python_terminal/stop_requests.h"
 
 #include <QObject>
@@ -89,7 +90,9 @@ private:
     QString takeErrorText(bool &incomplete);
     bool completionOf(const QString &cmd, int state, QString &candidate);
     void runCleanUp();
-    void endOtherThreads();
+    void forgetGlobals();
+    void endInterpreter();
+    void releaseObjects();
     bool canRun() const { return isInitialized && !isFinalized && !stop.isClosing(); }
 
     KdMainData *mainData;
@@ -104,6 +107,7 @@ private:
     bool isFinalized = false;
     QString pendingCommand; ///< a statement that is not complete yet, each line with its line feed
 
+    python_terminal::ProcessSettings processSettings;
     python_terminal::StopRequests stop; ///< its mutex guards the next three
     QString stdinLine;
     bool stdinLineArrived = false;

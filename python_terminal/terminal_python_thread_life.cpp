@@ -3,9 +3,11 @@
 #include "hostclient/dl_data_access.h"
 #include "hostsdk/kd_main_data.h"
 #include "orbclient/orb_client_module.h"
+#include "orbclient/value_conversion.h"
 #include "python_terminal/child_processes.h"
 #include "python_terminal/console_redirection.h"
 #include "python_terminal/fallback_names.h"
+#include "python_terminal/other_threads.h"
 #include "python_terminal/python_runtime.h"
 
 #include <QCoreApplication>
@@ -18,12 +20,11 @@
 #include <chrono>
 #include <cstdio>
 #include <string>
-#include <thread>
 
 namespace
 {
 
-constexpr std::chrono::milliseconds CleanUpTime(60);
+constexpr std::chrono::milliseconds CleanUpTime(50);
 
 // There is one interpreter in a process; this says whether somebody has it.
 std::atomic<bool> interpreterTaken{false};
@@ -103,8 +104,11 @@ void TerminalPythonThread::initialize()
         interpreterTaken = false;
         return;
     }
+    processSettings.keep();
     Py_Initialize();
     isInitialized = true;
+    python_terminal::useNewThreadStateNumbers();
+    python_terminal::prepareOtherThreads();
     stop.attach();
     const python_terminal::RunningPython running(stop);
     std::array<wchar_t, 1> noName = {L'\0'};
@@ -195,21 +199,53 @@ void TerminalPythonThread::onExit()
     if (isInitialized && !isFinalized) {
         isFinalized = true;
         runCleanUp();
-        endOtherThreads();
-        stop.detach();
-        Py_Finalize();
+        python_terminal::endOtherThreads();
+        endInterpreter();
         interpreterTaken = false;
     }
     QThread::currentThread()->quit();
 }
 
+/// What scripts have registered for their end, and what their objects do at theirs.
 void TerminalPythonThread::runCleanUp()
 {
     const python_terminal::RunningPython running(stop);
     stop.allowCleanUp(CleanUpTime);
     callQuietly("threading", "_shutdown");
     callQuietly("atexit", "_run_exitfuncs");
-    stop.forbidStopping();
+    PyDict_Clear(locals);
+    forgetGlobals();
+    callQuietly("gc", "collect");
+}
+
+/// The names that functions made global; what Python itself put there stays.
+void TerminalPythonThread::forgetGlobals()
+{
+    const PyRef names(PyDict_Keys(globals));
+    const Py_ssize_t count = names ? PyList_GET_SIZE(names.get()) : 0;
+    for (Py_ssize_t i = 0; i < count; ++i) {
+        PyObject *name = PyList_GET_ITEM(names.get(), i);
+        if (!orbclient::toValueText(name).startsWith(QLatin1String("__")))
+            PyDict_DelItem(globals, name);
+    }
+    PyErr_Clear();
+}
+
+void TerminalPythonThread::endInterpreter()
+{
+    // An object of a script's that lives until now is still stopped when its own end lasts.
+    const python_terminal::RunningPython running(stop);
+    stop.allowCleanUp(CleanUpTime);
+    stop.endSignals();
+    processSettings.giveBack(stop.signalAction());
+    releaseObjects();
+    Py_Finalize();
+    stop.detach();
+    processSettings.restore();
+}
+
+void TerminalPythonThread::releaseObjects()
+{
     const PyRef client(PyImport_ImportModule("orbClient"));
     if (client)
         orbclient::setModuleClient(client.get(), nullptr);
@@ -218,26 +254,4 @@ void TerminalPythonThread::runCleanUp()
     Py_CLEAR(stdoutRedirector);
     Py_CLEAR(stderrRedirector);
     Py_CLEAR(stdinRedirector);
-}
-
-/// A thread that still lives would take the next start with it. One that cannot be ended now is waited for, however
-/// long it takes; nobody else waits for that.
-void TerminalPythonThread::endOtherThreads()
-{
-    constexpr std::chrono::milliseconds Pause(2);
-    PyThreadState *own = PyThreadState_Get();
-    for (;;) {
-        bool others = false;
-        for (PyThreadState *state = PyInterpreterState_ThreadHead(own->interp); state != nullptr;
-             state = PyThreadState_Next(state)) {
-            if (state == own)
-                continue;
-            others = true;
-            PyThreadState_SetAsyncExc(state->thread_id, PyExc_SystemExit);
-        }
-        if (!others)
-            return;
-        Py_BEGIN_ALLOW_THREADS std::this_thread::sleep_for(Pause);
-        Py_END_ALLOW_THREADS
-    }
 }

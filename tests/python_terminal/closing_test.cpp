@@ -1,0 +1,80 @@
+#include "tests/python_terminal/closing_test.h"
+
+#include "tests/python_terminal/process_census.h"
+
+#include <QtTest>
+
+#include <algorithm>
+
+namespace
+{
+
+constexpr int Patience = 10000; // ms
+
+} // namespace
+
+QString ClosingTest::prepare()
+{
+    if (!tool.open() || !tool.evaluates())
+        return QStringLiteral("did not start: ") + tool.text();
+    tool.close();
+    if (!QTest::qWaitFor([] { return process_census::workers() == 0; }, Patience))
+        return QStringLiteral("did not end");
+    threads = process_census::threads();
+    descriptors = process_census::descriptors();
+    return QString();
+}
+
+QString ClosingTest::cycle(const QString &script, bool waitForSleep)
+{
+    if (!tool.open())
+        return QStringLiteral("did not start: ") + tool.text();
+    if (!tool.evaluates())
+        return QStringLiteral("did not evaluate: ") + tool.text();
+    if (!tool.run(script))
+        return QStringLiteral("did not reach its state: ") + tool.text();
+    if (waitForSleep && !QTest::qWaitFor(process_census::workerSleeps, Patience))
+        return QStringLiteral("did not wait");
+    const qint64 time = tool.close();
+    return time < ClosingLimits::closeTime() ? QString() : QStringLiteral("closed in %1 ms").arg(time);
+}
+
+QString ClosingTest::closeOnceWhile(const QString &script, bool sleeps)
+{
+    const QString wrong = cycle(script, sleeps);
+    tool.close();
+    return wrong;
+}
+
+QString ClosingTest::closeWhile(const QString &script, bool sleeps)
+{
+    const qint64 before = process_census::residentKiB();
+    const int cycles = ClosingLimits::cycles();
+    for (int i = 0; i < cycles; ++i) {
+        const QString wrong = closeOnceWhile(script, sleeps && i % 2 == 1);
+        if (!wrong.isEmpty())
+            return QStringLiteral("cycle %1: %2").arg(i).arg(wrong.right(2000));
+    }
+    qInfo("%.1f KiB a cycle", double(process_census::residentKiB() - before) / cycles);
+    return whatIsLeft();
+}
+
+QString ClosingTest::whatIsLeft()
+{
+    QStringList wrong;
+    if (!QTest::qWaitFor([] { return process_census::workers() == 0; }, Patience))
+        wrong.append(QStringLiteral("%1 workers are left").arg(process_census::workers()));
+    if (!QTest::qWaitFor([this] { return process_census::threads() <= threads; }, Patience))
+        wrong.append(QStringLiteral("%1 threads instead of %2").arg(process_census::threads()).arg(threads));
+    QStringList added = process_census::descriptors();
+    for (const QString &descriptor : std::as_const(descriptors))
+        added.removeOne(descriptor);
+    if (!added.isEmpty())
+        wrong.append(QStringLiteral("descriptors are left: ") + added.join(QLatin1String(", ")));
+    if (process_census::armedTimers() != 0)
+        wrong.append(QStringLiteral("timers are left"));
+    if (!tool.open() || !tool.evaluates())
+        wrong.append(QStringLiteral("the next tool does not work: ") + tool.text());
+    tool.close();
+    return wrong.join(QLatin1String("; "));
+}

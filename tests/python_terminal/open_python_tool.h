@@ -1,0 +1,56 @@
+#pragma once
+
+#include "hostclient/dl_data_access.h"
+#include "hostsdk/kd_main_data.h"
+#include "plugin/terminal_plugin_state.h"
+#include "tests/support/recording_backend.h"
+#include "tests/support/recording_observer.h"
+
+#include <memory>
+
+class TerminalPythonConsole;
+class TerminalWidgetPython;
+
+/// How often a state is gone through, and how long a close may take. Sanitizers slow Python down by a factor, which the
+/// time takes into account; under them each state is gone through less often, since a run would take half an hour.
+struct ClosingLimits
+{
+    static int cycles();
+    static qint64 closeTime(); ///< ms
+};
+
+/// The host's side of a Python terminal, and one such tool that can be opened and closed.
+class OpenPythonTool
+{
+public:
+    OpenPythonTool();
+    ~OpenPythonTool();
+
+    /// Opens the tool and waits for its banner. False when Python did not start, or nothing came.
+    bool open();
+    /// Opens it without waiting for anything.
+    void openAtOnce();
+    /// Whether a line that is typed there is evaluated: 1+1.
+    bool evaluates();
+    /// Executes the text as a file and waits until it has printed "reached".
+    bool run(const QString &script);
+    /// Destroys the tool; how long that took, in ms.
+    qint64 close();
+    /// The host ends its tools, which stay; how long that took, in ms.
+    qint64 stop();
+
+    /// What the console shows; empty when nothing is open.
+    QString text() const;
+    bool isOpen() const { return tool != nullptr; }
+    TerminalPythonConsole *console() const;
+    TerminalWidgetPython *widget() const { return tool.get(); }
+    RecordingBackend &recordingBackend() { return backend; }
+
+private:
+    RecordingBackend backend;
+    DlDataAccess access{backend};
+    KdMainData mainData{&access};
+    RecordingObserver observer;
+    TerminalPluginState state;
+    std::unique_ptr<TerminalWidgetPython> tool;
+};
