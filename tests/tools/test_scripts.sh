@@ -21,11 +21,19 @@ fake() {
     chmod +x "$scratch/bin/$1"
 }
 
-# begin NAME: a case of its own, with a fake PATH that holds harmless tools only.
+# python_in FOLDER: what passes for an installed Python 3.7 there.
+python_in() {
+    mkdir -p "$1/include/python3.7m"
+    touch "$1/include/python3.7m/Python.h"
+}
+
+# begin NAME: a case of its own, with a fake PATH that holds harmless tools only, and a home with a Python in it.
 begin() {
     name=$1
-    rm -rf "${scratch:?}/bin"
+    rm -rf "${scratch:?}/bin" "${scratch:?}/home"
     mkdir "$scratch/bin"
+    python_in "$scratch/home/.pyenv/versions/3.7.9"
+    environment=("PATH=$scratch/bin" "HOME=$scratch/home")
     local tool
     for tool in bash cat dirname env grep mktemp nproc rm tail tee; do
         ln -s "$(PATH=$real_path command -v "$tool")" "$scratch/bin/$tool"
@@ -35,7 +43,7 @@ begin() {
 # run SCRIPT ARGUMENT...: leaves `output` (both streams) and `status`.
 run() {
     status=0
-    output=$(cd "$scratch/tree" && env -i PATH="$scratch/bin" bash "tools/$1" "${@:2}" 2>&1 </dev/null) || status=$?
+    output=$(cd "$scratch/tree" && env -i "${environment[@]}" bash "tools/$1" "${@:2}" 2>&1 </dev/null) || status=$?
 }
 
 complain() {
@@ -128,6 +136,155 @@ begin_with_packages() {
     fake apt-get 'exit 1'
     fake dpkg-query "$all_packages_there"
 }
+
+# Python. Its source release is one of ours that builds in no time; what it builds is no Python either.
+release=$scratch/release.tar
+mkdir -p "$scratch/Python-3.7.16"
+cat >"$scratch/Python-3.7.16/configure" <<'CONFIGURE'
+#!/bin/bash
+echo "configure $*" >>"$HOME/what-ran"
+for argument in "$@"; do
+    [[ $argument != --prefix=* ]] || echo "${argument#--prefix=}" >prefix
+done
+CONFIGURE
+chmod +x "$scratch/Python-3.7.16/configure"
+tar -cf "$release" -C "$scratch" Python-3.7.16
+checksum=$(sha256sum "$release")
+checksum=${checksum%% *}
+
+# A prefix for `make install`, and the interpreter that it gets.
+make_that_installs='
+if [[ $1 != install ]]; then
+    for ((i = 0; i < 120; i++)); do echo "gcc -c file$i.c"; done
+    exit 0
+fi
+prefix=${2#DESTDIR=}$(cat prefix)
+mkdir -p "$prefix/include/python3.7m" "$prefix/bin"
+echo "#!/bin/bash" >"$prefix/bin/python3.7"
+echo "$INTERPRETER_BODY" >>"$prefix/bin/python3.7"
+chmod +x "$prefix/bin/python3.7"
+: >"$prefix/include/python3.7m/Python.h"'
+
+# begin_without_python NAME: packages are there, Python is not, and its release can be had.
+begin_without_python() {
+    begin_with_packages "$1"
+    rm -rf "${scratch:?}/home"
+    mkdir "$scratch/home"
+    local tool
+    for tool in awk chmod mkdir mv sha256sum tar; do
+        ln -s "$(PATH=$real_path command -v "$tool")" "$scratch/bin/$tool"
+    done
+    fake curl '
+while (($# > 0)); do
+    case $1 in
+        --output) output=$2; shift ;;
+        file://*) address=$1 ;;
+    esac
+    shift
+done
+cat "${address#file://}" >"$output"'
+    fake make "$make_that_installs"
+    environment+=("TERMINAL_PYTHON_SOURCE=file://$release" "TERMINAL_PYTHON_SHA256=$checksum"
+        "INTERPRETER_BODY=exit 0")
+    prefix=$scratch/home/.cache/tarn-terminal/python-3.7.16
+}
+
+leaves_no_python() {
+    [[ ! -e $prefix ]] || complain "nothing expected in $prefix"
+    [[ -z $(find "$scratch/home" -name 'build.*') ]] || complain "the build left its folder"
+}
+
+for place in pyenv PYENV_ROOT Python3_ROOT_DIR cache XDG_CACHE_HOME PATH; do
+    begin_without_python "a Python by way of $place"
+    case $place in
+        pyenv) python_in "$scratch/home/.pyenv/versions/3.7.16" ;;
+        PYENV_ROOT) python_in "$scratch/home/other/versions/3.7.1" ;;
+        Python3_ROOT_DIR) python_in "$scratch/home/other" ;;
+        cache) python_in "$prefix" ;;
+        XDG_CACHE_HOME) python_in "$scratch/home/other/tarn-terminal/python-3.7.16" ;;
+        PATH) fake python3.7 'exit 0' ;;
+    esac
+    [[ $place != *_* ]] || environment+=("$place=$scratch/home/other")
+    run bootstrap
+    returns 0
+    [[ -z $output ]] || complain "silence expected"
+done
+
+begin_without_python "no Python"
+run bootstrap --run
+returns 0
+says "building 3.7.16"
+says "Fetching file://$release"
+says "    100 files compiled"
+says "Python 3.7.16 is in $prefix"
+[[ -e $prefix/include/python3.7m/Python.h ]] || complain "a Python expected in $prefix"
+[[ $(cat "$scratch/home/what-ran") == *"--enable-shared"*"-rpath,$prefix/lib"* ]] || complain "a shared library expected"
+name="a Python that was built before"
+run bootstrap
+returns 0
+[[ -z $output ]] || complain "silence expected"
+
+begin_without_python "no Python, and the PATH's cannot be built with"
+fake python3.7 'exit 1'
+run bootstrap
+returns 0
+says "building 3.7.16"
+
+begin_without_python "no Python, and packages to build it with are missing"
+fake dpkg-query '
+for package in "${@:3}"; do [[ $package == libssl-dev ]] || echo "|$package=installed|"; done'
+fake apt-get 'echo "apt-get $*"'
+fake sudo "$as_root"
+run bootstrap
+returns 0
+says "Missing: libssl-dev"
+says "Python 3.7.16 is in"
+name="a Python, and packages to build one with are missing"
+run bootstrap
+returns 0
+[[ -z $output ]] || complain "silence expected"
+
+begin_without_python "a source release that somebody changed"
+environment+=("TERMINAL_PYTHON_SHA256=")
+run bootstrap
+returns 1
+says "FAILED: Checking"
+says "8338f0c2222d847e904c955369155dc1beeeed806e8d5ef04b00ef4787238bfd"
+[[ ! -e $scratch/home/what-ran ]] || complain "it must not run"
+leaves_no_python
+
+begin_without_python "a source release out of reach"
+fake curl 'echo "Could not resolve host"; exit 6'
+run bootstrap
+returns 6
+says "Could not resolve host"
+says "FAILED: Fetching"
+says "TERMINAL_PYTHON_SOURCE=file:///"
+leaves_no_python
+
+begin_without_python "a Python that does not compile"
+fake make 'echo "gcc -c ssl.c"; echo "ssl.c:1: no such header"; exit 2'
+run bootstrap
+returns 2
+says "ssl.c:1: no such header"
+says "FAILED: Compiling Python"
+says "To mend it"
+says "python-3.7.16.log"
+leaves_no_python
+
+begin_without_python "a Python whose modules are incomplete"
+environment+=('INTERPRETER_BODY=echo "No module named _ssl"; exit 1')
+run bootstrap
+returns 1
+says "No module named _ssl"
+says "FAILED: Looking for modules"
+leaves_no_python
+
+begin_without_python "no place to keep a Python"
+environment=("PATH=$scratch/bin")
+run bootstrap
+returns 1
+says "HOME"
 
 begin_with_packages "configuring fails"
 fake cmake 'echo "no compiler"; exit 1'
