@@ -46,8 +46,11 @@ bool hasEssentialModules(const QString &libraryPath)
                                QStringLiteral("genericpath"),
                                QStringLiteral("_collections_abc"),
                                QStringLiteral("_sitebuiltins")};
-    return std::all_of(names.cbegin(), names.cend(),
-                       [&](const QString &name) { return hasModule(libraryPath, name); });
+    const auto isThere = [&](const QString &name) { return hasModule(libraryPath, name); };
+    // The encoding of its streams comes from the one, or is the other when the one is missing.
+    const bool hasStreamEncoding =
+        isThere(QStringLiteral("_bootlocale")) || isThere(QStringLiteral("encodings/ascii"));
+    return hasStreamEncoding && std::all_of(names.cbegin(), names.cend(), isThere);
 }
 
 } // namespace
