@@ -32,7 +32,7 @@ bool StopRequests::interrupt()
 {
     {
         const std::lock_guard<std::mutex> lock(insideMutex);
-        if (!inside)
+        if (!insideScript)
             return false;
         interrupting = true;
     }
@@ -91,13 +91,14 @@ void StopRequests::detach()
     current = nullptr;
 }
 
-void StopRequests::enter()
+void StopRequests::enter(Code code)
 {
     // A signal that came while nothing ran is nobody's.
     PyErr_CheckSignals();
     PyErr_Clear();
     const std::lock_guard<std::mutex> lock(insideMutex);
     inside = true;
+    insideScript = code == Code::Script;
     interrupting = false;
 }
 
@@ -105,6 +106,7 @@ void StopRequests::leave()
 {
     const std::lock_guard<std::mutex> lock(insideMutex);
     inside = false;
+    insideScript = false;
     interrupting = false;
 }
 

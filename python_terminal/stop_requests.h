@@ -20,6 +20,14 @@ namespace python_terminal
 class StopRequests
 {
 public:
+    /// What runs: a statement or a file of the user's, or something that the console does for itself, which an interrupt
+    /// is never meant for.
+    enum class Code
+    {
+        Script,
+        Internal,
+    };
+
     StopRequests();
     ~StopRequests();
     StopRequests(const StopRequests &) = delete;
@@ -27,7 +35,7 @@ public:
 
     // On the GUI thread, or any other
 
-    /// What runs at the moment is to end with a KeyboardInterrupt; false when nothing runs.
+    /// The script that runs at the moment is to end with a KeyboardInterrupt; false when none runs.
     bool interrupt();
     /// Whatever runs, now or later, is to end; there is no way back. At first its handlers of exceptions and its
     /// "finally" run as they would at any exception, so that a script may leave the hardware as it should be; soon after
@@ -46,7 +54,7 @@ public:
     /// The interpreter is about to end; nothing is asked any more.
     void detach();
     /// Python code begins to run. An interrupt that was meant for what ran before is forgotten.
-    void enter();
+    void enter(Code code);
     void leave();
     /// Sets the exception that was asked for; false when none was. An interrupt is then done with.
     bool raise();
@@ -87,6 +95,7 @@ private:
     bool signalled = false; ///< the interpreter handles the signal
     bool attached = false;
     bool inside = false;
+    bool insideScript = false;
     pthread_t worker{};
 };
 
@@ -94,7 +103,10 @@ private:
 class RunningPython
 {
 public:
-    explicit RunningPython(StopRequests &stopRequests) : requests(stopRequests) { requests.enter(); }
+    RunningPython(StopRequests &stopRequests, StopRequests::Code code) : requests(stopRequests)
+    {
+        requests.enter(code);
+    }
     ~RunningPython() { requests.leave(); }
     RunningPython(const RunningPython &) = delete;
     RunningPython &operator=(const RunningPython &) = delete;

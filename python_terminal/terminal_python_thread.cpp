@@ -167,7 +167,7 @@ void TerminalPythonThread::onReturnPressed(const QString &cmd)
     bool incomplete = false;
     // An empty line and a comment leave even a pending statement as it is.
     if (!cmd.isEmpty() && !cmd.startsWith(QLatin1Char('#'))) {
-        const python_terminal::RunningPython running(stop);
+        const python_terminal::RunningPython running(stop, python_terminal::StopRequests::Code::Script);
         pendingCommand += cmd + QLatin1Char('\n');
         const PyRef code = compiled(pendingCommand, Py_single_input);
         bool errorShown = false;
@@ -207,7 +207,7 @@ void TerminalPythonThread::onExecuteFile(const QString &txt)
     if (!canRun())
         return;
     {
-        const python_terminal::RunningPython running(stop);
+        const python_terminal::RunningPython running(stop, python_terminal::StopRequests::Code::Script);
         runStatement(txt, StatementKind::File);
     }
     Q_EMIT evaluationComplete(false);
@@ -248,7 +248,7 @@ void TerminalPythonThread::onComplete(const QString &cmd)
         return;
     QStringList candidates;
     if (cmd.size() >= ShortestWord) {
-        const python_terminal::RunningPython running(stop);
+        const python_terminal::RunningPython running(stop, python_terminal::StopRequests::Code::Internal);
         captureMode = true;
         bool found = false;
         QString candidate;

@@ -110,7 +110,7 @@ void TerminalPythonThread::initialize()
     python_terminal::useNewThreadStateNumbers();
     python_terminal::prepareOtherThreads();
     stop.attach();
-    const python_terminal::RunningPython running(stop);
+    const python_terminal::RunningPython running(stop, python_terminal::StopRequests::Code::Internal);
     std::array<wchar_t, 1> noName = {L'\0'};
     std::array<wchar_t *, 1> arguments = {noName.data()};
     PySys_SetArgvEx(1, arguments.data(), 0);
@@ -147,7 +147,7 @@ void TerminalPythonThread::onClear()
 {
     if (!canRun())
         return;
-    const python_terminal::RunningPython running(stop);
+    const python_terminal::RunningPython running(stop, python_terminal::StopRequests::Code::Internal);
     setUpNamespace();
 }
 
@@ -209,7 +209,7 @@ void TerminalPythonThread::onExit()
 /// What scripts have registered for their end, and what their objects do at theirs.
 void TerminalPythonThread::runCleanUp()
 {
-    const python_terminal::RunningPython running(stop);
+    const python_terminal::RunningPython running(stop, python_terminal::StopRequests::Code::Internal);
     stop.allowCleanUp(CleanUpTime);
     callQuietly("threading", "_shutdown");
     callQuietly("atexit", "_run_exitfuncs");
@@ -234,7 +234,7 @@ void TerminalPythonThread::forgetGlobals()
 void TerminalPythonThread::endInterpreter()
 {
     // An object of a script's that lives until now is still stopped when its own end lasts.
-    const python_terminal::RunningPython running(stop);
+    const python_terminal::RunningPython running(stop, python_terminal::StopRequests::Code::Internal);
     stop.allowCleanUp(CleanUpTime);
     stop.endSignals();
     processSettings.giveBack(stop.signalAction());
