@@ -230,6 +230,12 @@ run bootstrap
 returns 0
 says "building 3.7.16"
 
+begin_without_python "no Python, and a folder that once held one"
+mkdir -p "$scratch/home/.pyenv/versions/3.7.16/lib"
+run bootstrap
+returns 0
+says "building 3.7.16"
+
 begin_without_python "no Python, and packages to build it with are missing"
 fake dpkg-query '
 for package in "${@:3}"; do [[ $package == libssl-dev ]] || echo "|$package=installed|"; done'
@@ -346,19 +352,45 @@ says "Usage:"
 workbench=$scratch/tree/build/run/workbench/app/terminal-workbench
 mkdir -p "${workbench%/*}"
 
-# workbench BODY: a workbench on which `picture` is where it was told to save one.
+# workbench BODY: a workbench on which `file` is what it was told to run, `picture` where to save one.
 workbench() {
-    printf '#!/bin/bash\nwhile (($# > 0)); do [[ $1 != --screenshot ]] || picture=$2; shift; done\n%s\n' "$1" >"$workbench"
+    printf '#!/bin/bash\nall="${*##*/}"; all=${all#*quit-when-done }\nwhile (($# > 0)); do case $1 in --screenshot) picture=$2 ;; --run-*-file) file=$2 ;; esac; shift; done\n%s\n' \
+        "$1" >"$workbench"
     chmod +x "$workbench"
 }
 
 begin_with_packages "no display, and all is well"
 fake cmake 'exit 0'
-workbench 'echo "transcript on $QT_QPA_PLATFORM"; echo x >"$picture"'
+workbench 'echo "transcript of ${file##*/} on $QT_QPA_PLATFORM"; echo x >"$picture"'
 run run
 returns 0
-says "transcript on offscreen"
+says "transcript of ramp_up.txt on offscreen"
 says "The window's picture is $scratch/tree/build/workbench.png"
+says "transcript of ramp_channel.py on offscreen"
+says "The window's picture is $scratch/tree/build/workbench_python.png"
+
+begin_with_packages "no display, and a controller for the command file"
+fake cmake 'exit 0'
+workbench 'echo "${file##*/}: $all"; echo x >"$picture"'
+run run --controller bench --latency 9
+returns 0
+says "ramp_up.txt: --controller bench --latency 9"
+says "ramp_channel.py: --latency 9"
+
+begin_with_packages "no display, and the Python terminal fails"
+fake cmake 'exit 0'
+workbench '[[ $file == *.txt ]] || exit 1; echo x >"$picture"'
+run run
+returns 1
+says "FAILED: Running examples/scripts/ramp_channel.py in the Python terminal"
+
+begin_with_packages "no display, and something else to do there"
+fake cmake 'exit 0'
+workbench 'echo "transcript of ${file##*/}"'
+run run --run-python-file other.py
+returns 0
+says "transcript of other.py"
+says_not "ramp"
 
 begin_with_packages "no display, and the workbench fails"
 fake cmake 'exit 0'
