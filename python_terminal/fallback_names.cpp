@@ -79,6 +79,16 @@ PyTypeObject &namesType()
     return type;
 }
 
+/// The function "__dir__" of the module, with the local names as its self.
+PyObject *moduleNames(PyObject *locals, PyObject *)
+{
+    const PyRef mainModule(PyImport_ImportModule("__main__"));
+    const PyRef names(mainModule ? PyDict_Copy(PyModule_GetDict(mainModule.get())) : nullptr);
+    if (!names || PyDict_Update(names.get(), locals) != 0)
+        return nullptr;
+    return PyDict_Keys(names.get());
+}
+
 } // namespace
 
 PyObject *newFallbackNames(PyObject *locals)
@@ -103,6 +113,12 @@ PyObject *newFallbackNames(PyObject *locals)
 PyObject *newModuleAttributes(PyObject *locals)
 {
     static PyMethodDef function = {"__getattr__", moduleAttribute, METH_O, nullptr};
+    return PyCFunction_New(&function, locals);
+}
+
+PyObject *newModuleNames(PyObject *locals)
+{
+    static PyMethodDef function = {"__dir__", moduleNames, METH_NOARGS, nullptr};
     return PyCFunction_New(&function, locals);
 }
 

@@ -18,4 +18,8 @@ PyObject *newFallbackNames(PyObject *locals);
 /// the interpreter lock held; a new reference, or null with an exception.
 PyObject *newModuleAttributes(PyObject *locals);
 
+/// The function to be set as "__dir__" of the global dictionary: the names of `locals` then are listed among those of the
+/// module, which is how unittest.main() finds a script's tests. As above.
+PyObject *newModuleNames(PyObject *locals);
+
 } // namespace python_terminal

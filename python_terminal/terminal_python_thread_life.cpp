@@ -123,6 +123,9 @@ void TerminalPythonThread::initialize()
     const PyRef attributes(python_terminal::newModuleAttributes(locals));
     if (attributes)
         PyDict_SetItemString(globals, "__getattr__", attributes.get());
+    const PyRef list(python_terminal::newModuleNames(locals));
+    if (list)
+        PyDict_SetItemString(globals, "__dir__", list.get());
     python_terminal::prepareForChildProcesses(runtime.interpreter);
     PyErr_Clear();
     setUpNamespace();
@@ -211,6 +214,7 @@ void TerminalPythonThread::runCleanUp()
 {
     const python_terminal::RunningPython running(stop, python_terminal::StopRequests::Code::Internal);
     stop.allowCleanUp(CleanUpTime);
+    python_terminal::useDefaultSwitchInterval();
     callQuietly("threading", "_shutdown");
     callQuietly("atexit", "_run_exitfuncs");
     PyDict_Clear(locals);
