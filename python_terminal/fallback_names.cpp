@@ -16,9 +16,11 @@ struct FallbackNames
 
 PyObject *fallbackItem(PyObject *self, PyObject *name)
 {
+    PyObject *locals = reinterpret_cast<FallbackNames *>(self)->locals;
     PyObject *found = PyDict_GetItemWithError(self, name);
-    if (found == nullptr && PyErr_Occurred() == nullptr)
-        found = PyDict_GetItemWithError(reinterpret_cast<FallbackNames *>(self)->locals, name);
+    // The collector takes the local names first, and something of the script's may still run as it goes.
+    if (found == nullptr && PyErr_Occurred() == nullptr && locals != nullptr)
+        found = PyDict_GetItemWithError(locals, name);
     if (found == nullptr && PyErr_Occurred() == nullptr) {
         // The live ones: a script may add to them.
         const PyRef builtins(PyImport_ImportModule("builtins"));

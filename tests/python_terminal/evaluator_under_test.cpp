@@ -40,11 +40,11 @@ void EvaluatorUnderTest::connectSignals()
 {
     connect(evaluator, &TerminalPythonThread::insertSuccessText, this, [this](const QString &text) {
         take(QStringLiteral("out ") + text);
-        evaluator->textsTaken(1);
+        evaluator->textsTaken(TerminalPythonThread::weightOf(text));
     });
     connect(evaluator, &TerminalPythonThread::insertErrorText, this, [this](const QString &text) {
         take(QStringLiteral("err ") + text);
-        evaluator->textsTaken(1);
+        evaluator->textsTaken(TerminalPythonThread::weightOf(text));
     });
     connect(evaluator, &TerminalPythonThread::completed, this, [this](const QStringList &candidates) {
         take((QStringList(QStringLiteral("candidates")) + candidates).join(QLatin1Char(' ')));
