@@ -1,6 +1,7 @@
 #include "orbclient/live_clients.h"
 
 #include <algorithm>
+#include <atomic>
 #include <vector>
 
 namespace orbclient
@@ -16,10 +17,13 @@ std::vector<OrbClient *> &clients()
     return list;
 }
 
+std::atomic<bool> withdrawn{false};
+
 } // namespace
 
 void addLiveClient(OrbClient *client)
 {
+    withdrawn = false;
     clients().push_back(client);
 }
 
@@ -32,8 +36,15 @@ void removeLiveClient(OrbClient *client)
 
 OrbClient *liveClient(OrbClient *client)
 {
+    if (withdrawn)
+        return nullptr;
     const auto found = std::find(clients().cbegin(), clients().cend(), client);
     return found != clients().cend() ? client : nullptr;
+}
+
+void withdrawClients()
+{
+    withdrawn = true;
 }
 
 } // namespace orbclient

@@ -5,7 +5,7 @@ class OrbClient;
 // Which clients may be called. Objects keep a bare pointer to the client that made them and live as long as the
 // process, longer than a client may; before an object calls its client, it asks here.
 //
-// Guarded by the interpreter lock.
+// Guarded by the interpreter lock, but for the one operation that says so.
 
 namespace orbclient
 {
@@ -18,5 +18,9 @@ void removeLiveClient(OrbClient *client);
 
 /// The client itself while some module works through it, else null; null for null.
 OrbClient *liveClient(OrbClient *client);
+
+/// No client is live any more until another one is added. For a host whose interpreter does not end when it should, on
+/// any thread and without the lock: what a script calls from now on fails. A call that is under way goes on.
+void withdrawClients();
 
 } // namespace orbclient

@@ -29,7 +29,6 @@ struct Sleepers
     std::condition_variable wakeUp;
     bool mustEnd = false;
     unsigned long interpreterThread = 0;
-    PyObject *originalSleep = nullptr;
 };
 
 Sleepers &sleepers()
@@ -38,11 +37,11 @@ Sleepers &sleepers()
     return *all;
 }
 
-PyObject *sleep(PyObject *, PyObject *length)
+PyObject *sleep(PyObject *originalSleep, PyObject *length)
 {
     // The interpreter's own thread is woken by signals, as scripts expect it.
-    if (PyThread_get_thread_ident() == sleepers().interpreterThread && sleepers().originalSleep != nullptr)
-        return PyObject_CallFunctionObjArgs(sleepers().originalSleep, length, nullptr);
+    if (PyThread_get_thread_ident() == sleepers().interpreterThread)
+        return PyObject_CallFunctionObjArgs(originalSleep, length, nullptr);
     _PyTime_t nanoseconds = 0;
     if (_PyTime_FromSecondsObject(&nanoseconds, length, _PyTime_ROUND_TIMEOUT) != 0)
         return nullptr;
@@ -147,11 +146,18 @@ void prepareOtherThreads()
     sleepers().interpreterThread = PyThread_get_thread_ident();
     const PyRef time(PyImport_ImportModule("time"));
     const PyRef name(PyUnicode_FromString("time"));
-    PyRef original(time ? PyObject_GetAttrString(time.get(), "sleep") : nullptr);
-    const PyRef replacement(name ? PyCFunction_NewEx(&method, nullptr, name.get()) : nullptr);
-    if (original && replacement && PyObject_SetAttrString(time.get(), "sleep", replacement.get()) == 0)
-        sleepers().originalSleep = original.release();
+    const PyRef original(time ? PyObject_GetAttrString(time.get(), "sleep") : nullptr);
+    const PyRef replacement(original && name ? PyCFunction_NewEx(&method, original.get(), name.get())
+                                             : nullptr);
+    if (replacement)
+        PyObject_SetAttrString(time.get(), "sleep", replacement.get());
     PyErr_Clear();
+}
+
+void useDefaultSwitchInterval()
+{
+    constexpr unsigned long Microseconds = 5000;
+    _PyEval_SetSwitchInterval(Microseconds);
 }
 
 void endOtherThreads()
@@ -172,7 +178,6 @@ void endOtherThreads()
         }
         Py_END_ALLOW_THREADS
     }
-    Py_CLEAR(sleepers().originalSleep);
 }
 
 } // namespace python_terminal

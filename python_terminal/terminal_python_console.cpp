@@ -4,6 +4,7 @@
 #include "hostsdk/kd_main_data.h"
 #include "hostsdk/kd_observer.h"
 #include "hostsdk/kd_parent_event.h"
+#include "python_terminal/abandoned_worker.h"
 #include "python_terminal/terminal_python_thread.h"
 
 #include <QCoreApplication>
@@ -12,6 +13,7 @@
 #include <QTimerEvent>
 
 #include <memory>
+#include <utility>
 
 namespace
 {
@@ -352,20 +354,8 @@ void TerminalPythonConsole::stopEvaluator()
     outputTimer.stop();
     output.clear(); // nobody is left to read it
     // A thread is never terminated: that would leave the interpreter's locks locked for the rest of the process.
-    if (ended) {
-        // Nothing runs there any more that could delete them.
-        const std::unique_ptr<TerminalPythonThread> ownEvaluator(evaluator);
-        const std::unique_ptr<QThread> ownThread(workerThread);
-    } else {
-        leaveWorkerToItself();
-    }
-    evaluator = nullptr;
-    workerThread = nullptr;
-}
-
-/// It ends when what it does comes to its end; until then no other interpreter can start.
-void TerminalPythonConsole::leaveWorkerToItself()
-{
-    connect(workerThread, &QThread::finished, evaluator, &QObject::deleteLater);
-    connect(workerThread, &QThread::finished, workerThread, &QObject::deleteLater);
+    std::unique_ptr<TerminalPythonThread> ownEvaluator(std::exchange(evaluator, nullptr));
+    std::unique_ptr<QThread> ownThread(std::exchange(workerThread, nullptr));
+    if (!ended)
+        AbandonedWorker::take(std::move(ownEvaluator), std::move(ownThread));
 }

@@ -88,7 +88,6 @@ private:
     void showAllOutput();
     void knock();
     bool waitForWorker(int milliseconds);
-    void leaveWorkerToItself();
 
     TerminalPythonThread *evaluator = nullptr; ///< lives on the worker thread; null once it is stopped
     QThread *workerThread = nullptr; ///< likewise

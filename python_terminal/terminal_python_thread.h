@@ -89,8 +89,8 @@ private:
     QString banner() const;
     QString takeErrorText(bool &incomplete);
     bool completionOf(const QString &cmd, int state, QString &candidate);
-    void runCleanUp();
-    void forgetGlobals();
+    void runExitFunctions();
+    void forgetNames();
     void endInterpreter();
     void releaseObjects();
     bool canRun() const { return isInitialized && !isFinalized && !stop.isClosing(); }

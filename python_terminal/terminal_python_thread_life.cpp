@@ -67,6 +67,18 @@ void callQuietly(const char *moduleName, const char *function)
     PyErr_Clear();
 }
 
+/// The last one first: what an object needs at its end was mostly there before it. What Python itself put there stays.
+void removeNames(PyObject *dictionary)
+{
+    const PyRef names(PyDict_Keys(dictionary));
+    for (Py_ssize_t i = names ? PyList_GET_SIZE(names.get()) : 0; i > 0; --i) {
+        PyObject *name = PyList_GET_ITEM(names.get(), i - 1);
+        if (!orbclient::toValueText(name).startsWith(QLatin1String("__")))
+            PyDict_DelItem(dictionary, name);
+        PyErr_Clear();
+    }
+}
+
 } // namespace
 
 // Start
@@ -201,7 +213,9 @@ void TerminalPythonThread::onExit()
 {
     if (isInitialized && !isFinalized) {
         isFinalized = true;
-        runCleanUp();
+        runExitFunctions();
+        python_terminal::endOtherThreads();
+        forgetNames();
         python_terminal::endOtherThreads();
         endInterpreter();
         interpreterTaken = false;
@@ -209,30 +223,23 @@ void TerminalPythonThread::onExit()
     QThread::currentThread()->quit();
 }
 
-/// What scripts have registered for their end, and what their objects do at theirs.
-void TerminalPythonThread::runCleanUp()
+void TerminalPythonThread::runExitFunctions()
 {
     const python_terminal::RunningPython running(stop, python_terminal::StopRequests::Code::Internal);
     stop.allowCleanUp(CleanUpTime);
     python_terminal::useDefaultSwitchInterval();
     callQuietly("threading", "_shutdown");
     callQuietly("atexit", "_run_exitfuncs");
-    PyDict_Clear(locals);
-    forgetGlobals();
-    callQuietly("gc", "collect");
 }
 
-/// The names that functions made global; what Python itself put there stays.
-void TerminalPythonThread::forgetGlobals()
+/// Objects of scripts end here, where they can be stopped.
+void TerminalPythonThread::forgetNames()
 {
-    const PyRef names(PyDict_Keys(globals));
-    const Py_ssize_t count = names ? PyList_GET_SIZE(names.get()) : 0;
-    for (Py_ssize_t i = 0; i < count; ++i) {
-        PyObject *name = PyList_GET_ITEM(names.get(), i);
-        if (!orbclient::toValueText(name).startsWith(QLatin1String("__")))
-            PyDict_DelItem(globals, name);
-    }
-    PyErr_Clear();
+    const python_terminal::RunningPython running(stop, python_terminal::StopRequests::Code::Internal);
+    stop.allowCleanUp(CleanUpTime);
+    for (PyObject *dictionary : {globals, locals})
+        removeNames(dictionary);
+    callQuietly("gc", "collect");
 }
 
 void TerminalPythonThread::endInterpreter()

@@ -15,7 +15,7 @@ class TerminalWidgetPython;
 /// time takes into account; under them each state is gone through less often, since a run would take half an hour.
 struct ClosingLimits
 {
-    static int cycles();
+    static int cycles(); ///< CLOSING_CYCLES of the environment asks for another number
     static qint64 closeTime(); ///< ms
 };
 

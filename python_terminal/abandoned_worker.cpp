@@ -1,0 +1,52 @@
+#include "python_terminal/abandoned_worker.h"
+
+#include "orbclient/live_clients.h"
+#include "python_terminal/terminal_python_thread.h"
+
+#include <QCoreApplication>
+#include <QThread>
+#include <QTimerEvent>
+
+#include <utility>
+
+namespace
+{
+
+constexpr int KnockInterval = 20; // ms
+
+} // namespace
+
+AbandonedWorker::AbandonedWorker(std::unique_ptr<TerminalPythonThread> ownEvaluator,
+                                 std::unique_ptr<QThread> ownThread)
+    : QObject(QCoreApplication::instance()), evaluator(std::move(ownEvaluator)), thread(std::move(ownThread))
+{
+    // The host's client may go now.
+    orbclient::withdrawClients();
+    knockTimer.start(KnockInterval, this);
+}
+
+AbandonedWorker::~AbandonedWorker()
+{
+    if (thread->isFinished())
+        return;
+    // It still uses them.
+    static_cast<void>(evaluator.release());
+    static_cast<void>(thread.release());
+}
+
+void AbandonedWorker::take(std::unique_ptr<TerminalPythonThread> evaluator, std::unique_ptr<QThread> thread)
+{
+    new AbandonedWorker(std::move(evaluator), std::move(thread)); // the application owns it
+}
+
+void AbandonedWorker::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() != knockTimer.timerId()) {
+        QObject::timerEvent(event);
+    } else if (thread->isFinished()) {
+        knockTimer.stop();
+        deleteLater();
+    } else {
+        evaluator->knockAgain();
+    }
+}

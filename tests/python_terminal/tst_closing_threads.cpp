@@ -1,0 +1,426 @@
+#include "tests/python_terminal/closing_test.h"
+
+#include <QtTest>
+
+#include <memory>
+
+/// The tool closes whatever threads a script has started, and nothing of them is left.
+class TestClosingThreads : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase() { test.reset(); }
+
+    void scripts_data();
+    void scripts();
+
+private:
+    std::unique_ptr<ClosingTest> test;
+};
+
+void TestClosingThreads::initTestCase()
+{
+    test = std::make_unique<ClosingTest>();
+    QCOMPARE(test->prepare(), QString());
+}
+
+void TestClosingThreads::scripts_data()
+{
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<bool>("sleeps");
+    const auto row = [](const char *name, const char *script, bool sleeps) {
+        QTest::newRow(name) << QString::fromLatin1(script) << sleeps;
+    };
+
+    row("daemon that is busy", R"(
+import threading, time
+def work():
+    while True: pass
+t = threading.Thread(target=work, daemon=True)
+t.start()
+
+print('reached')
+time.sleep(60)
+)",
+        false);
+    row("daemon that is busy beside an idle prompt", R"(
+import threading, time
+def work():
+    while True: pass
+t = threading.Thread(target=work, daemon=True)
+t.start()
+
+print('reached')
+)",
+        false);
+    row("daemon that sleeps", R"(
+import threading, time
+def work(): time.sleep(60)
+t = threading.Thread(target=work, daemon=True)
+t.start()
+
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("daemon that sleeps beside an idle prompt", R"(
+import threading, time
+def work(): time.sleep(60)
+t = threading.Thread(target=work, daemon=True)
+t.start()
+
+print('reached')
+)",
+        true);
+    row("daemon that imported sleep", R"(
+import threading, time
+from time import sleep
+def work(): sleep(60)
+t = threading.Thread(target=work, daemon=True)
+t.start()
+
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("daemon that polls", R"(
+import threading, time
+def work():
+    while True: time.sleep(0.001)
+t = threading.Thread(target=work, daemon=True)
+t.start()
+
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("daemon that handles everything", R"(
+import threading, time
+def work():
+    while True:
+        try: time.sleep(60)
+        except: pass
+t = threading.Thread(target=work, daemon=True)
+t.start()
+
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("busy daemon that handles everything", R"(
+import threading, time
+def work():
+    while True:
+        try:
+            while True: pass
+        except: pass
+t = threading.Thread(target=work, daemon=True)
+t.start()
+
+print('reached')
+time.sleep(60)
+)",
+        false);
+    row("daemon with a busy finally", R"(
+import threading, time
+def work():
+    try: time.sleep(60)
+    finally:
+        while True: pass
+t = threading.Thread(target=work, daemon=True)
+t.start()
+
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("daemon that waits for an event", R"(
+import threading, time
+def work(): threading.Event().wait()
+t = threading.Thread(target=work, daemon=True)
+t.start()
+
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("daemon that waits for an event for a time", R"(
+import threading, time
+def work(): threading.Event().wait(60)
+t = threading.Thread(target=work, daemon=True)
+t.start()
+
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("daemon that waits for a queue", R"(
+import threading, time
+import queue
+def work():
+    q = queue.Queue()
+    while True: q.get()
+t = threading.Thread(target=work, daemon=True)
+t.start()
+
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("daemon that waits for a lock", R"(
+import threading, time
+def work():
+    lock = threading.Lock()
+    lock.acquire()
+    lock.acquire()
+t = threading.Thread(target=work, daemon=True)
+t.start()
+
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("daemon that accepts", R"(
+import threading, time
+import socket
+def work():
+    s = socket.socket()
+    s.bind(("127.0.0.1", 0))
+    s.listen()
+    s.accept()
+t = threading.Thread(target=work, daemon=True)
+t.start()
+
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("daemon that receives", R"(
+import threading, time
+import socket
+def work():
+    a, b = socket.socketpair()
+    a.recv(1)
+t = threading.Thread(target=work, daemon=True)
+t.start()
+
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("daemon that prints", R"(
+import threading, time
+def work():
+    while True: print(1)
+t = threading.Thread(target=work, daemon=True)
+t.start()
+
+print('reached')
+time.sleep(60)
+)",
+        false);
+    row("daemon that prints beside a script that prints", R"(
+import threading, time
+def work():
+    while True: print(1)
+t = threading.Thread(target=work, daemon=True)
+t.start()
+
+print('reached')
+while True: print(2)
+)",
+        false);
+    row("daemon that asks", R"(
+import threading, time
+def work():
+    print('reached')
+    input()
+t = threading.Thread(target=work, daemon=True)
+t.start()
+time.sleep(60)
+)",
+        true);
+    row("daemon that starts others", R"(
+import threading, time
+def work():
+    while True:
+        threading.Thread(target=time.sleep, args=(60,), daemon=True).start()
+        time.sleep(0.01)
+t = threading.Thread(target=work, daemon=True)
+t.start()
+
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("thread that is busy", R"(
+import threading, time
+def work():
+    while True: pass
+t = threading.Thread(target=work, daemon=False)
+t.start()
+
+print('reached')
+time.sleep(60)
+)",
+        false);
+    row("thread that sleeps", R"(
+import threading, time
+def work(): time.sleep(60)
+t = threading.Thread(target=work, daemon=False)
+t.start()
+
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("thread that handles everything", R"(
+import threading, time
+def work():
+    while True:
+        try: time.sleep(60)
+        except: pass
+t = threading.Thread(target=work, daemon=False)
+t.start()
+
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("thread that is waited for", R"(
+import threading, time
+def work(): time.sleep(60)
+t = threading.Thread(target=work, daemon=False)
+t.start()
+
+print('reached')
+t.join()
+)",
+        true);
+    row("thread that is done", R"(
+import threading, time
+def work(): pass
+t = threading.Thread(target=work, daemon=False)
+t.start()
+t.join()
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("many threads", R"(
+import threading, time
+for i in range(30): threading.Thread(target=time.sleep, args=(60,), daemon=i % 2 == 0).start()
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("timer", R"(
+import threading, time
+threading.Timer(60, print).start()
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("bare threads", R"(
+import _thread, time
+_thread.start_new_thread(time.sleep, (60,))
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("pool of threads", R"(
+import concurrent.futures, time
+pool = concurrent.futures.ThreadPoolExecutor(4)
+jobs = [pool.submit(time.sleep, 60) for i in range(8)]
+print('reached')
+concurrent.futures.wait(jobs)
+)",
+        true);
+    row("idle pool of threads", R"(
+import concurrent.futures, time
+pool = concurrent.futures.ThreadPoolExecutor(4)
+list(pool.map(abs, range(100)))
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("asyncio with a pool", R"(
+import asyncio, time
+async def main():
+    loop = asyncio.get_event_loop()
+    print('reached')
+    await loop.run_in_executor(None, time.sleep, 60)
+asyncio.run(main())
+)",
+        true);
+    row("server", R"(
+import http.server, threading
+s = http.server.HTTPServer(('127.0.0.1', 0), http.server.BaseHTTPRequestHandler)
+threading.Thread(target=s.serve_forever, args=(0.01,), daemon=True).start()
+print('reached')
+s.serve_forever()
+)",
+        true);
+    row("native threads that call back", R"(
+import ctypes, time
+pthread = ctypes.CDLL(None)
+START = ctypes.CFUNCTYPE(ctypes.c_void_p, ctypes.c_void_p)
+def work(argument):
+    time.sleep(0.001)
+    return None
+start = START(work)
+print('reached')
+while True:
+    thread = ctypes.c_ulong()
+    pthread.pthread_create(ctypes.byref(thread), None, start, None)
+    pthread.pthread_join(thread, None)
+)",
+        false);
+    row("database", R"(
+import sqlite3, time
+db = sqlite3.connect(':memory:')
+db.execute('create table t (x)')
+db.executemany('insert into t values (?)', [(i,) for i in range(1000)])
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("database that calls back", R"(
+import sqlite3
+db = sqlite3.connect(':memory:')
+db.create_function('f', 1, lambda x: x)
+print('reached')
+while True: db.execute('with recursive c(x) as (select 1 union all select x + 1 from c) select f(x) from c limit 1000').fetchall()
+)",
+        false);
+    row("encryption", R"(
+import hashlib, ssl, time
+ssl.create_default_context()
+hashlib.pbkdf2_hmac('sha256', b'x', b'y', 1000)
+print('reached')
+time.sleep(60)
+)",
+        true);
+    row("switches that take long", R"(
+import sys, threading
+def work():
+    while True: pass
+threading.Thread(target=work, daemon=True).start()
+print('reached')
+sys.setswitchinterval(100)
+)",
+        false);
+}
+
+void TestClosingThreads::scripts()
+{
+    QFETCH(QString, script);
+    QFETCH(bool, sleeps);
+    QCOMPARE(test->closeWhile(script, sleeps), QString());
+}
+
+QTEST_MAIN(TestClosingThreads)
+
+#include "tst_closing_threads.moc"
