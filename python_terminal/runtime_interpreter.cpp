@@ -19,6 +19,7 @@ int main(int argc, char *argv[])
         PyMem_RawFree(decoded);
     }
     std::vector<wchar_t *> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (std::wstring &argument : arguments)
         pointers.push_back(argument.data());
     pointers.push_back(nullptr);

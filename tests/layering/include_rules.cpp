@@ -43,6 +43,10 @@ QVector<IncludeRule> makeRules()
         {name("orbclient/"),                     core,        standard,       names({"hostclient/"})},
         {name("command_terminal/"),              widgets,     standard,       names({"hostclient/", "hostsdk/", "plugin/terminal_plugin_state.h"})},
         {name("python_terminal/"),               widgets,     standard,       names({"hostclient/", "hostsdk/", "orbclient/", "command_terminal/", "plugin/terminal_plugin_state.h"})},
+        // What the operating system does with threads and processes, and Python's own view of them.
+        {name("python_terminal/child_processes."), core,      any,            names({"orbclient/"})},
+        {name("python_terminal/other_threads."), core,        any,            names({"orbclient/"})},
+        {name("python_terminal/process_settings."), core,     any,            names({"orbclient/"})},
         {name("plugin/"),                        widgets,     standard,       names({"hostclient/", "hostsdk/", "orbclient/", "command_terminal/", "python_terminal/"})},
 
         {name("workbench/hostkit/"),             widgets,     standard,       names({"hostclient/", "hostsdk/"})},

@@ -67,6 +67,12 @@ void TestIncludeRules::refusesOrAllows_data()
 
     row("python_terminal/a.cpp", "\"command_terminal/b.h\"", true);
     row("python_terminal/a.cpp", "\"plugin/terminal_plugin.h\"", false);
+    row("python_terminal/a.cpp", "<unistd.h>", false);
+    row("python_terminal/a.cpp", "<Python.h>", false);
+    row("python_terminal/child_processes.cpp", "<unistd.h>", true);
+    row("python_terminal/child_processes.cpp", "<QWidget>", false);
+    row("python_terminal/other_threads.cpp", "<pythread.h>", true);
+    row("python_terminal/process_settings.cpp", "<sys/time.h>", true);
     row("plugin/a.cpp", "\"command_terminal/b.h\"", true);
     row("plugin/a.cpp", "\"workbench/hostkit/b.h\"", false);
 

@@ -43,8 +43,9 @@ void TestLayering::initTestCase()
 void TestLayering::theTreeWasFound_data()
 {
     QTest::addColumn<QString>("folder");
-    for (const char *folder : {"hostclient/", "hostsdk/", "command_terminal/", "plugin/",
-                               "workbench/hostkit/", "workbench/simulator/", "workbench/app/", "tests/"})
+    for (const char *folder :
+         {"hostclient/", "hostsdk/", "orbclient/", "command_terminal/", "python_terminal/", "plugin/",
+          "workbench/hostkit/", "workbench/simulator/", "workbench/app/", "tests/"})
         QTest::newRow(folder) << QString::fromLatin1(folder);
 }
 
