@@ -9,7 +9,6 @@
 #include <QBoxLayout>
 #include <QKeyEvent>
 #include <QPlainTextEdit>
-#include <QShortcut>
 
 namespace
 {
@@ -45,11 +44,9 @@ TerminalWidgetPython::TerminalWidgetPython(QWidget *parent, TerminalPluginState 
     // A click on the console while it is disabled still brings the focus, and with it Ctrl+C, back to the tool.
     setFocusPolicy(Qt::ClickFocus);
 
-    stopShortcut = new QShortcut(QKeySequence(StopKeys), this);
-    stopShortcut->setContext(Qt::WidgetWithChildrenShortcut);
-    connect(stopShortcut, &QShortcut::activated, this, &TerminalWidgetPython::stopOrCopy);
     console->installEventFilter(this);
     editor->installEventFilter(this);
+    installEventFilter(this);
 }
 
 TerminalWidgetPython::~TerminalWidgetPython() = default;
@@ -156,18 +153,20 @@ void TerminalWidgetPython::focusInEvent(QFocusEvent *event)
         editor->setFocus(Qt::OtherFocusReason);
 }
 
-// Ctrl+C. An editor claims these keys for itself, to copy with.
+// Ctrl+C. Claimed as a key and no shortcut of its own: next to a host's action with the same keys neither would be
+// triggered. What has the focus in the tool hands the keys on to the tool unless it is an editor.
 
 bool TerminalWidgetPython::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::ShortcutOverride) {
-        const auto *keyEvent = static_cast<QKeyEvent *>(event);
-        if ((int(keyEvent->modifiers()) | keyEvent->key()) == StopKeys) {
-            event->ignore();
-            return true;
-        }
-    }
-    return KdPluginWidget::eventFilter(watched, event);
+    if (event->type() != QEvent::ShortcutOverride && event->type() != QEvent::KeyPress)
+        return KdPluginWidget::eventFilter(watched, event);
+    const auto *keyEvent = static_cast<QKeyEvent *>(event);
+    if ((int(keyEvent->modifiers()) | keyEvent->key()) != StopKeys)
+        return KdPluginWidget::eventFilter(watched, event);
+    event->accept();
+    if (event->type() == QEvent::KeyPress)
+        stopOrCopy();
+    return true;
 }
 
 void TerminalWidgetPython::stopOrCopy()

@@ -4,7 +4,6 @@
 
 #include <QStringList>
 
-class QShortcut;
 class TerminalFileEditor;
 class TerminalPythonConsole;
 class TerminalToolbar;
@@ -43,6 +42,5 @@ private:
     TerminalToolbar *toolbar = nullptr;
     TerminalPythonConsole *console = nullptr;
     TerminalFileEditor *editor = nullptr;
-    QShortcut *stopShortcut = nullptr; ///< Ctrl+C
     bool busy = false; ///< the console is disabled
 };

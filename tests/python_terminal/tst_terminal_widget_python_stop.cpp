@@ -44,6 +44,9 @@ private Q_SLOTS:
     void nothingRuns_data();
     void nothingRuns();
     void fromElsewhereItStopsNothing();
+    void aHostsCopyActionDoesNotTakeTheKeys_data();
+    void aHostsCopyActionDoesNotTakeTheKeys();
+    void fromTheToolbarItStopsAsWell();
     void anInterruptNeverReachesTheNextStatement();
     void anInterruptWithoutAStatementReachesNone();
 
@@ -385,6 +388,45 @@ void TestTerminalWidgetPythonStop::fromElsewhereItStopsNothing()
     // An interrupt would be noticed by the time that another one is.
     QVERIFY(isRunning());
     bench->console->interrupt();
+    QVERIFY(bench->waitForPrompt());
+    QCOMPARE(interrupts(), 1);
+}
+
+void TestTerminalWidgetPythonStop::aHostsCopyActionDoesNotTakeTheKeys_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::newRow("running") << QStringLiteral("import time; orbClient.getConnections(); time.sleep(60)");
+    QTest::newRow("question") << QStringLiteral("orbClient.getConnections(); input()");
+}
+
+void TestTerminalWidgetPythonStop::aHostsCopyActionDoesNotTakeTheKeys()
+{
+    QFETCH(QString, line);
+    QAction hostCopy;
+    hostCopy.setShortcut(QKeySequence::Copy);
+    bench->window.addAction(&hostCopy);
+    QSignalSpy triggered(&hostCopy, &QAction::triggered);
+    QVERIFY(begin(line));
+    QTRY_VERIFY(bench->tool->hasFocus() || bench->waitForQuestion());
+    bench->pressCtrlC();
+    QVERIFY(bench->waitForPrompt());
+    QCOMPARE(interrupts(), 1);
+    QCOMPARE(triggered.size(), 0);
+    bench->elsewhere->setFocus();
+    QPushButton outside(&bench->window);
+    outside.show();
+    outside.setFocus();
+    bench->pressCtrlC();
+    QCOMPARE(triggered.size(), 1);
+}
+
+void TestTerminalWidgetPythonStop::fromTheToolbarItStopsAsWell()
+{
+    QVERIFY(begin(QStringLiteral("import time; orbClient.getConnections(); time.sleep(60)")));
+    QTRY_VERIFY(bench->tool->hasFocus());
+    bench->toolbar->widgetForAction(bench->action("Show Text Editor"))->setFocus();
+    QVERIFY(!bench->tool->hasFocus());
+    bench->pressCtrlC();
     QVERIFY(bench->waitForPrompt());
     QCOMPARE(interrupts(), 1);
 }
