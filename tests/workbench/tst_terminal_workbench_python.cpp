@@ -1,4 +1,5 @@
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
@@ -195,6 +196,35 @@ private Q_SLOTS:
         const Outcome outcome = executeText("input()\n");
         QCOMPARE(outcome.exitCode, 1);
         QVERIFY2(outcome.err.contains(QStringLiteral("nobody is there")), qPrintable(outcome.err));
+    }
+
+    void quitsInTheMiddle_data()
+    {
+        QTest::addColumn<QByteArray>("rest");
+        QTest::newRow("busy") << QByteArray("while True: pass\n");
+        QTest::newRow("asleep") << QByteArray("import time; time.sleep(1000)\n");
+        QTest::newRow("waits for a line") << QByteArray("input()\n");
+        QTest::newRow("writes without an end") << QByteArray("while True: print(1)\n");
+        QTest::newRow("waits for a process")
+            << QByteArray("import subprocess; subprocess.run(['sleep', '3'])\n");
+        // Nothing stops it before it is over, and nobody waits for that.
+        QTest::newRow("one long call") << QByteArray("sum(range(10 ** 12))\n");
+    }
+
+    void quitsInTheMiddle()
+    {
+        QFETCH(QByteArray, rest);
+        QElapsedTimer timer;
+        timer.start();
+        // As if the user quit just then.
+        const Outcome outcome =
+            executeText("import ctypes\n"
+                        "quit = ctypes.CDLL('libQt5Core.so.5')._ZN16QCoreApplication4quitEv\n"
+                        "quit()\n"
+                        + rest);
+        QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.err));
+        // Start-up and end take a tenth of that here; what was not stopped would take far longer.
+        QVERIFY2(timer.elapsed() < 30000, qPrintable(QString::number(timer.elapsed())));
     }
 
     void endsWithThreadsOfAScript()
