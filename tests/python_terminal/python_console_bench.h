@@ -105,9 +105,9 @@ public:
     bool waitForCalls(int count) const
     {
         const QDeadlineTimer deadline(LongestWait);
-        while (backend.calls().size() < count && !deadline.hasExpired())
+        while (backend.callCount() < count && !deadline.hasExpired())
             std::this_thread::yield();
-        return backend.calls().size() >= count;
+        return backend.callCount() >= count;
     }
 
     /// The display behind the banner, as ConsoleDisplay::linesOf tells it.

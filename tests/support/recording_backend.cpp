@@ -15,6 +15,12 @@ QVector<RecordedCall> RecordingBackend::calls() const
     return recorded;
 }
 
+int RecordingBackend::callCount() const
+{
+    const std::lock_guard<std::mutex> lock(mutex);
+    return recorded.size();
+}
+
 QVector<RecordedCall> RecordingBackend::callsOf(const QString &operation) const
 {
     const std::lock_guard<std::mutex> lock(mutex);

@@ -41,6 +41,8 @@ public:
     // What was asked
 
     QVector<RecordedCall> calls() const;
+    /// How many there are, for whoever watches another thread at work: nothing is copied, and nothing shared with it.
+    int callCount() const;
     QVector<RecordedCall> callsOf(const QString &operation) const;
     /// The request texts of all raw requests, oldest first.
     QStringList requests() const;
