@@ -9,6 +9,7 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QMetaEnum>
 #include <QThread>
 #include <QTimerEvent>
 
@@ -94,6 +95,11 @@ TerminalPythonConsole::Activity TerminalPythonConsole::activity() const
     if (!evaluating)
         return Activity::Idle;
     return inputMode ? Activity::WaitingForInput : Activity::Running;
+}
+
+QString TerminalPythonConsole::activityName() const
+{
+    return QString::fromLatin1(QMetaEnum::fromType<Activity>().valueToKey(int(activity())));
 }
 
 // What the user does

@@ -15,10 +15,9 @@ class TerminalPythonThread;
 class TerminalPythonConsole : public TerminalConsole
 {
     Q_OBJECT
-    Q_PROPERTY(Activity activity READ activity)
 
 public:
-    /// What the console is doing, also for a host that knows nothing of it but the property, as the name of a value.
+    /// What the console is doing.
     enum class Activity
     {
         Starting,
@@ -39,6 +38,8 @@ public:
     void submitInput(QString &text) override;
 
     Activity activity() const;
+    /// The same, by the name of its value, for a host that does not know the class.
+    Q_INVOKABLE QString activityName() const;
 
     /// Shows the banner alone, and forgets the user's names.
     void resetConsole();

@@ -1,9 +1,7 @@
 #include "workbench/app/python_terminal_driver.h"
 
-#include <QMetaEnum>
-#include <QMetaProperty>
+#include <QMetaObject>
 #include <QPlainTextEdit>
-#include <QVariant>
 
 namespace workbench
 {
@@ -52,10 +50,10 @@ QString PythonTerminalDriver::obstacle() const
 
 QString PythonTerminalDriver::activity() const
 {
-    // By its name: the numbers are the plug-in's own.
-    const QMetaObject *type = console->metaObject();
-    const QMetaProperty property = type->property(type->indexOfProperty("activity"));
-    return QString::fromLatin1(property.enumerator().valueToKey(property.read(console).toInt()));
+    // By its name: neither the class nor the numbers are known here.
+    QString name;
+    QMetaObject::invokeMethod(console, "activityName", Qt::DirectConnection, Q_RETURN_ARG(QString, name));
+    return name;
 }
 
 } // namespace workbench
