@@ -14,6 +14,12 @@ namespace
 
 constexpr int KnockInterval = 20; // ms
 
+/// A thread calls itself finished already while the interpreter is being ended on it.
+bool hasEnded(QThread &thread)
+{
+    return thread.wait(0);
+}
+
 } // namespace
 
 AbandonedWorker::AbandonedWorker(std::unique_ptr<TerminalPythonThread> ownEvaluator,
@@ -27,7 +33,7 @@ AbandonedWorker::AbandonedWorker(std::unique_ptr<TerminalPythonThread> ownEvalua
 
 AbandonedWorker::~AbandonedWorker()
 {
-    if (thread->isFinished())
+    if (hasEnded(*thread))
         return;
     // It still uses them.
     static_cast<void>(evaluator.release());
@@ -43,7 +49,7 @@ void AbandonedWorker::timerEvent(QTimerEvent *event)
 {
     if (event->timerId() != knockTimer.timerId()) {
         QObject::timerEvent(event);
-    } else if (thread->isFinished()) {
+    } else if (hasEnded(*thread)) {
         knockTimer.stop();
         deleteLater();
     } else {
