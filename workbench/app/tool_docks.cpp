@@ -49,7 +49,7 @@ bool ToolDocks::open(quint32 classId)
         toolDock = makeDock(classId, hasPlace);
     if (!toolDock) {
         const QString reason =
-            tr("\"%1\" cannot be opened: this plug-in does not provide it yet.").arg(host.title(classId));
+            tr("\"%1\" cannot be opened: this plug-in does not provide it.").arg(host.title(classId));
         menu.setUnavailable(classId, reason);
         Q_EMIT message(reason);
         return false;
