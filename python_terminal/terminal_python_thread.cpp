@@ -16,8 +16,15 @@ PyRef compiled(const QString &text, int start)
 /// The object's own string, as the conversion of values makes a text of it; false when it has none.
 bool stringOf(PyObject *object, QString &text)
 {
-    const PyRef string(object != nullptr ? PyObject_Str(object) : nullptr);
-    PyErr_Clear();
+    // An interrupt may come here as well, after the one that the text is about.
+    constexpr int MostAttempts = 3;
+    PyRef string;
+    bool interrupted = true;
+    for (int i = 0; object != nullptr && !string && interrupted && i < MostAttempts; ++i) {
+        string = PyRef(PyObject_Str(object));
+        interrupted = !string && PyErr_ExceptionMatches(PyExc_KeyboardInterrupt) != 0;
+        PyErr_Clear();
+    }
     if (string)
         text = orbclient::toValueText(string.get());
     return static_cast<bool>(string);
