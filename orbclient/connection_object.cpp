@@ -35,11 +35,11 @@ struct ConnectionObject
 struct Caller
 {
     explicit Caller(PyObject *self)
-        : client(liveClient(reinterpret_cast<ConnectionObject *>(self)->client)),
+        : client(reinterpret_cast<ConnectionObject *>(self)->client),
           name(toValueText(reinterpret_cast<ConnectionObject *>(self)->name))
     { }
 
-    OrbClient *client; ///< null when there is none to call
+    LiveClient client; ///< null when there is none to call
     QString name;
 };
 

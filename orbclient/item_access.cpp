@@ -82,7 +82,7 @@ PyObject *readItem(PyObject *self, const ItemOwner &owner, std::string_view item
     if (Py_TYPE(self) != owner.type)
         return nullptr;
     const ItemAddress address = owner.addressOf(self);
-    OrbClient *client = liveClient(address.client);
+    const LiveClient client(address.client);
     const TarnItem item = client != nullptr ? readThrough(*client, address, itemName) : TarnItem();
     return withTimestamp ? toPythonPair(item, code) : itemToPython(item, code);
 }
@@ -96,7 +96,7 @@ PyObject *writeItem(PyObject *self, const ItemOwner &owner, PyObject *arguments,
     if (value == nullptr && PyArg_ParseTuple(arguments, "O", &value) == 0)
         return nullptr;
     const ItemAddress address = owner.addressOf(self);
-    OrbClient *client = liveClient(address.client);
+    const LiveClient client(address.client);
     return resultString(client != nullptr ? writeThrough(*client, address, itemName, value)
                                           : TarnResult::Failed);
 }

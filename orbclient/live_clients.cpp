@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <thread>
 #include <vector>
 
 namespace orbclient
@@ -18,6 +20,8 @@ std::vector<OrbClient *> &clients()
 }
 
 std::atomic<bool> withdrawn{false};
+// Changed with the interpreter lock held alone.
+std::atomic<int> callsUnderWay{0};
 
 } // namespace
 
@@ -34,17 +38,33 @@ void removeLiveClient(OrbClient *client)
         clients().erase(found);
 }
 
-OrbClient *liveClient(OrbClient *client)
+LiveClient::LiveClient(OrbClient *wanted) : client(nullptr)
 {
+    // Said first and asked then, as the other side asks after it has said: one of the two sees the other.
+    callsUnderWay = callsUnderWay.load(std::memory_order_relaxed) + 1;
     if (withdrawn)
-        return nullptr;
-    const auto found = std::find(clients().cbegin(), clients().cend(), client);
-    return found != clients().cend() ? client : nullptr;
+        return;
+    const auto found = std::find(clients().cbegin(), clients().cend(), wanted);
+    if (found != clients().cend())
+        client = wanted;
 }
 
-void withdrawClients()
+LiveClient::~LiveClient()
 {
+    callsUnderWay.store(callsUnderWay.load(std::memory_order_relaxed) - 1, std::memory_order_release);
+}
+
+bool withdrawClients()
+{
+    constexpr std::chrono::milliseconds Longest(50);
+    const auto start = std::chrono::steady_clock::now();
     withdrawn = true;
+    while (callsUnderWay != 0) {
+        if (std::chrono::steady_clock::now() - start > Longest)
+            return false;
+        std::this_thread::yield();
+    }
+    return true;
 }
 
 } // namespace orbclient

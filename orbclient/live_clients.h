@@ -16,11 +16,25 @@ void addLiveClient(OrbClient *client);
 /// A module no longer works through the client.
 void removeLiveClient(OrbClient *client);
 
-/// The client itself while some module works through it, else null; null for null.
-OrbClient *liveClient(OrbClient *client);
+/// A client for the time of one call from Python; null when no module works through it any more, and for null.
+class LiveClient
+{
+public:
+    explicit LiveClient(OrbClient *client);
+    ~LiveClient();
+    LiveClient(const LiveClient &) = delete;
+    LiveClient &operator=(const LiveClient &) = delete;
+
+    operator OrbClient *() const { return client; }
+    OrbClient *operator->() const { return client; }
+
+private:
+    OrbClient *client;
+};
 
 /// No client is live any more until another one is added. For a host whose interpreter does not end when it should, on
-/// any thread and without the lock: what a script calls from now on fails. A call that is under way goes on.
-void withdrawClients();
+/// any thread but the interpreter's and without the lock: what a script calls from now on fails. Waits for a call that
+/// is under way, but not for long; false when it still is.
+bool withdrawClients();
 
 } // namespace orbclient

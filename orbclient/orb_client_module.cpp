@@ -32,10 +32,10 @@ struct ModuleState
 };
 constexpr Py_ssize_t StateSize = 80; // part of the module's definition
 
-OrbClient *clientOf(PyObject *module)
+LiveClient clientOf(PyObject *module)
 {
     const auto *state = static_cast<ModuleState *>(PyModule_GetState(module));
-    return state != nullptr ? liveClient(state->client) : nullptr;
+    return LiveClient(state != nullptr ? state->client : nullptr);
 }
 
 /// Null, for a text that was left out, becomes a null string.
@@ -61,7 +61,7 @@ PyObject *connect(PyObject *module, PyObject *arguments)
     const char *password = nullptr;
     if (PyArg_ParseTuple(arguments, "ss|ss", &name, &address, &login, &password) == 0)
         return nullptr;
-    OrbClient *client = clientOf(module);
+    const LiveClient client = clientOf(module);
     if (client == nullptr)
         return resultString(TarnResult::Failed);
     unsigned number = 1;
@@ -77,7 +77,7 @@ PyObject *scriptConnect(PyObject *module, PyObject *arguments)
                          &texts[5])
         == 0)
         return nullptr;
-    OrbClient *client = clientOf(module);
+    const LiveClient client = clientOf(module);
     if (client == nullptr)
         return resultString(TarnResult::Failed);
     unsigned number = 1;
@@ -98,7 +98,7 @@ PyObject *getItem(PyObject *module, PyObject *arguments)
     const char *itemPath = nullptr;
     if (PyArg_ParseTuple(arguments, "ss", &connectionName, &itemPath) == 0)
         return nullptr;
-    OrbClient *client = clientOf(module);
+    const LiveClient client = clientOf(module);
     const TarnItem item = client != nullptr ? client->getItem(connectionName, itemPath) : TarnItem();
     if (!isValid(item))
         return resultString(TarnResult::Failed);
@@ -114,7 +114,7 @@ PyObject *setItem(PyObject *module, PyObject *arguments)
     const char *value = nullptr;
     if (PyArg_ParseTuple(arguments, "sss", &connectionName, &itemPath, &value) == 0)
         return nullptr;
-    OrbClient *client = clientOf(module);
+    const LiveClient client = clientOf(module);
     return resultString(client != nullptr ? client->setItem(connectionName, itemPath, value)
                                           : TarnResult::Failed);
 }
@@ -124,7 +124,7 @@ PyObject *getConnections(PyObject *module, PyObject *arguments)
     int local = 1;
     if (PyArg_ParseTuple(arguments, "|i", &local) == 0)
         return nullptr;
-    OrbClient *client = clientOf(module);
+    const LiveClient client = clientOf(module);
     if (client == nullptr)
         return nullptr; // without an exception, unlike the other functions, which is meant
     const QHash<QString, unsigned> connections = client->getConnectionsIndices(local != 0);
@@ -146,7 +146,7 @@ PyObject *findConnection(PyObject *module, PyObject *arguments)
     const char *name = nullptr;
     if (PyArg_ParseTuple(arguments, "s", &name) == 0)
         return nullptr;
-    OrbClient *client = clientOf(module);
+    const LiveClient client = clientOf(module);
     if (client == nullptr || !client->checkHasConnection(text(name)))
         return resultString(TarnResult::Failed);
     return newConnection(client, text(name));
@@ -157,7 +157,7 @@ PyObject *setDebugLevel(PyObject *module, PyObject *arguments)
     int level = 0;
     if (PyArg_ParseTuple(arguments, "i", &level) == 0)
         return nullptr;
-    OrbClient *client = clientOf(module);
+    const LiveClient client = clientOf(module);
     return resultString(client != nullptr ? client->setDebugLevel(level) : TarnResult::Failed);
 }
 

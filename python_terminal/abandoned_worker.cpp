@@ -26,7 +26,7 @@ AbandonedWorker::AbandonedWorker(std::unique_ptr<TerminalPythonThread> ownEvalua
                                  std::unique_ptr<QThread> ownThread)
     : QObject(QCoreApplication::instance()), evaluator(std::move(ownEvaluator)), thread(std::move(ownThread))
 {
-    // The host's client may go now.
+    // The host's client may go from now on. A call that hangs is not waited for.
     orbclient::withdrawClients();
     knockTimer.start(KnockInterval, this);
 }
