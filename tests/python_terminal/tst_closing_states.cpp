@@ -176,13 +176,6 @@ while True:
     except RecursionError: pass
 )",
         false);
-    row("memory", R"(
-print('reached')
-while True:
-    try: x = [0] * 10 ** 15
-    except MemoryError: pass
-)",
-        false);
 }
 
 void TestClosingStates::scripts()

@@ -363,19 +363,17 @@ print('reached')
 s.serve_forever()
 )",
         true);
-    row("native threads that call back", R"(
-import ctypes, time
-pthread = ctypes.CDLL(None)
-START = ctypes.CFUNCTYPE(ctypes.c_void_p, ctypes.c_void_p)
-def work(argument):
-    time.sleep(0.001)
-    return None
-start = START(work)
+    row("native threads", R"(
+import ctypes
+libc = ctypes.CDLL(None)
+detached = ctypes.create_string_buffer(64)
+libc.pthread_attr_init(detached)
+libc.pthread_attr_setdetachstate(detached, 1)
 print('reached')
 while True:
     thread = ctypes.c_ulong()
-    pthread.pthread_create(ctypes.byref(thread), None, start, None)
-    pthread.pthread_join(thread, None)
+    libc.pthread_create(ctypes.byref(thread), detached, libc.usleep, ctypes.c_void_p(1000))
+    libc.usleep(1000)
 )",
         false);
     row("database", R"(
