@@ -15,6 +15,7 @@ private Q_SLOTS:
 
     void scripts_data();
     void scripts();
+    void sleepOfAThread();
 
 private:
     std::unique_ptr<ClosingTest> test;
@@ -417,6 +418,32 @@ void TestClosingThreads::scripts()
     QFETCH(QString, script);
     QFETCH(bool, sleeps);
     QCOMPARE(test->closeWhile(script, sleeps), QString());
+}
+
+/// It can be ended, and is otherwise what it always was.
+void TestClosingThreads::sleepOfAThread()
+{
+    OpenPythonTool &tool = test->openTool();
+    QVERIFY(tool.open());
+    QVERIFY(
+        tool.run(QStringLiteral("import threading, time\n"
+                                "def work():\n"
+                                "    for length in (-1, 'x', None, 1e300):\n"
+                                "        try: time.sleep(length)\n"
+                                "        except Exception as e: print(type(e).__name__)\n"
+                                "    start = time.monotonic()\n"
+                                "    time.sleep(0.05)\n"
+                                "    time.sleep(0)\n"
+                                "    print('slept' if time.monotonic() - start >= 0.05 else 'woke early')\n"
+                                "t = threading.Thread(target=work)\n"
+                                "t.start()\n"
+                                "t.join()\n"
+                                "print('reached')\n")));
+    QVERIFY2(tool.text().contains(
+                 QLatin1String("\nValueError\nTypeError\nTypeError\nOverflowError\nslept\nreached\n")),
+             qPrintable(tool.text()));
+    QVERIFY(tool.close() < ClosingLimits::closeTime());
+    QCOMPARE(test->whatIsLeft(), QString());
 }
 
 QTEST_MAIN(TestClosingThreads)
