@@ -17,10 +17,10 @@ constexpr int LongestWait = 60'000;
 
 } // namespace
 
-EvaluatorUnderTest::EvaluatorUnderTest() : evaluator(new TerminalPythonThread(nullptr, &mainData))
+EvaluatorUnderTest::EvaluatorUnderTest()
+    : evaluator(std::make_unique<TerminalPythonThread>(nullptr, &mainData))
 {
     evaluator->moveToThread(&workerThread);
-    connect(&workerThread, &QThread::finished, evaluator, &QObject::deleteLater);
     connectSignals();
     workerThread.start();
 }
@@ -29,7 +29,7 @@ EvaluatorUnderTest::~EvaluatorUnderTest()
 {
     if (workerThread.isFinished())
         return;
-    QMetaObject::invokeMethod(evaluator, &TerminalPythonThread::onExit, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(evaluator.get(), &TerminalPythonThread::onExit, Qt::QueuedConnection);
     constexpr int Pause = 5;
     do {
         evaluator->requestClose();
@@ -38,24 +38,24 @@ EvaluatorUnderTest::~EvaluatorUnderTest()
 
 void EvaluatorUnderTest::connectSignals()
 {
-    connect(evaluator, &TerminalPythonThread::insertSuccessText, this, [this](const QString &text) {
+    connect(evaluator.get(), &TerminalPythonThread::insertSuccessText, this, [this](const QString &text) {
         take(QStringLiteral("out ") + text);
         evaluator->textsTaken(TerminalPythonThread::weightOf(text));
     });
-    connect(evaluator, &TerminalPythonThread::insertErrorText, this, [this](const QString &text) {
+    connect(evaluator.get(), &TerminalPythonThread::insertErrorText, this, [this](const QString &text) {
         take(QStringLiteral("err ") + text);
         evaluator->textsTaken(TerminalPythonThread::weightOf(text));
     });
-    connect(evaluator, &TerminalPythonThread::completed, this, [this](const QStringList &candidates) {
+    connect(evaluator.get(), &TerminalPythonThread::completed, this, [this](const QStringList &candidates) {
         take((QStringList(QStringLiteral("candidates")) + candidates).join(QLatin1Char(' ')));
     });
-    connect(evaluator, &TerminalPythonThread::evaluationComplete, this,
+    connect(evaluator.get(), &TerminalPythonThread::evaluationComplete, this,
             [this](bool more) { take(more ? QStringLiteral("more") : QStringLiteral("done")); });
-    connect(evaluator, &TerminalPythonThread::waitingForStdIn, this, [this] {
+    connect(evaluator.get(), &TerminalPythonThread::waitingForStdIn, this, [this] {
         take(QStringLiteral("input"));
         answer();
     });
-    connect(evaluator, &TerminalPythonThread::initialized, this,
+    connect(evaluator.get(), &TerminalPythonThread::initialized, this,
             [this](const QString &text) { take(QStringLiteral("start ") + text); });
 }
 
@@ -78,7 +78,7 @@ QStringList EvaluatorUnderTest::handled()
     QTimer::singleShot(LongestWait, &arrival, [] { qFatal("the worker does not come to an end"); });
     // Sent after everything else, it arrives after everything else.
     QMetaObject::invokeMethod(
-        evaluator,
+        evaluator.get(),
         [&arrival] { QMetaObject::invokeMethod(&arrival, &QEventLoop::quit, Qt::QueuedConnection); },
         Qt::QueuedConnection);
     arrival.exec();
@@ -87,14 +87,14 @@ QStringList EvaluatorUnderTest::handled()
 
 QStringList EvaluatorUnderTest::init()
 {
-    QMetaObject::invokeMethod(evaluator, &TerminalPythonThread::onInit, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(evaluator.get(), &TerminalPythonThread::onInit, Qt::QueuedConnection);
     return handled();
 }
 
 QStringList EvaluatorUnderTest::type(const QString &line)
 {
     QMetaObject::invokeMethod(
-        evaluator, [this, line] { evaluator->onReturnPressed(line); }, Qt::QueuedConnection);
+        evaluator.get(), [this, line] { evaluator->onReturnPressed(line); }, Qt::QueuedConnection);
     return handled();
 }
 
@@ -109,26 +109,26 @@ QStringList EvaluatorUnderTest::type(const QStringList &lines)
 QStringList EvaluatorUnderTest::execute(const QString &file)
 {
     QMetaObject::invokeMethod(
-        evaluator, [this, file] { evaluator->onExecuteFile(file); }, Qt::QueuedConnection);
+        evaluator.get(), [this, file] { evaluator->onExecuteFile(file); }, Qt::QueuedConnection);
     return handled();
 }
 
 QStringList EvaluatorUnderTest::complete(const QString &word)
 {
     QMetaObject::invokeMethod(
-        evaluator, [this, word] { evaluator->onComplete(word); }, Qt::QueuedConnection);
+        evaluator.get(), [this, word] { evaluator->onComplete(word); }, Qt::QueuedConnection);
     return handled();
 }
 
 QStringList EvaluatorUnderTest::clear()
 {
-    QMetaObject::invokeMethod(evaluator, &TerminalPythonThread::onClear, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(evaluator.get(), &TerminalPythonThread::onClear, Qt::QueuedConnection);
     return handled();
 }
 
 QStringList EvaluatorUnderTest::exit()
 {
-    QMetaObject::invokeMethod(evaluator, &TerminalPythonThread::onExit, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(evaluator.get(), &TerminalPythonThread::onExit, Qt::QueuedConnection);
     if (!QTest::qWaitFor([this] { return workerThread.isFinished(); }, LongestWait))
         qFatal("the worker does not end");
     QCoreApplication::processEvents();
@@ -152,7 +152,7 @@ QString EvaluatorUnderTest::shownByFile(const QString &text)
 
 void EvaluatorUnderTest::onWorker(const std::function<void()> &call)
 {
-    QMetaObject::invokeMethod(evaluator, call, Qt::BlockingQueuedConnection);
+    QMetaObject::invokeMethod(evaluator.get(), call, Qt::BlockingQueuedConnection);
 }
 
 QString EvaluatorUnderTest::shown(const QStringList &signalTexts)

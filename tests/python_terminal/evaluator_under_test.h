@@ -9,6 +9,7 @@
 #include <QThread>
 
 #include <functional>
+#include <memory>
 
 class TerminalPythonThread;
 
@@ -36,7 +37,7 @@ public:
 
     RecordingBackend &backend() { return recordingBackend; }
     OrbClient *client() { return access.getOrbClientPtr(); }
-    TerminalPythonThread *host() { return evaluator; }
+    TerminalPythonThread *host() { return evaluator.get(); }
     QThread &thread() { return workerThread; }
 
     QStringList init();
@@ -75,7 +76,7 @@ private:
     DlDataAccess access{recordingBackend};
     KdMainData mainData{&access};
     QThread workerThread;
-    TerminalPythonThread *evaluator; ///< lives on the worker thread, and is deleted when that has finished
+    std::unique_ptr<TerminalPythonThread> evaluator; ///< lives on the worker thread, and longer than that
     QStringList taken;
     QStringList answers;
 };
