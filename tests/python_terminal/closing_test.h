@@ -15,6 +15,9 @@ public:
     /// Runs the script up to where it prints "reached" and closes the tool there, as often as the limits say; every
     /// time, the tool that is opened next evaluates. `sleeps`: the script then waits for something, and on every other
     /// time the tool is closed when it does.
+    ///
+    /// On a machine that has much else to do an interpreter may need longer than the tool waits for it. It then must end
+    /// by itself soon, and not every time.
     QString closeWhile(const QString &script, bool sleeps);
     /// The same with one cycle.
     QString closeOnceWhile(const QString &script, bool sleeps);
@@ -25,8 +28,11 @@ public:
 
 private:
     QString cycle(const QString &script, bool waitForSleep);
+    QString waitForTheEnd();
 
     OpenPythonTool tool;
+    qint64 longestClose = 0; ///< ms
+    int lateEnds = 0;
     int threads = 0; ///< at first, as the descriptors
     QStringList descriptors;
 };

@@ -1,9 +1,11 @@
 #include "tests/python_terminal/open_python_tool.h"
 
 #include "hostsdk/kd_parent_event.h"
+#include "python_terminal/abandoned_worker.h"
 #include "python_terminal/terminal_python_console.h"
 #include "python_terminal/terminal_widget_python.h"
 
+#include <QApplication>
 #include <QElapsedTimer>
 #include <QtTest>
 
@@ -55,6 +57,12 @@ void OpenPythonTool::openAtOnce()
 }
 
 bool OpenPythonTool::open()
+{
+    return QTest::qWaitFor([] { return qApp->findChildren<AbandonedWorker *>().isEmpty(); }, Patience)
+        && openBeside();
+}
+
+bool OpenPythonTool::openBeside()
 {
     const QLatin1String started("more information on the orbClient module.");
     const QLatin1String failed("Failed to initialize Python.");

@@ -26,8 +26,11 @@ public:
     OpenPythonTool();
     ~OpenPythonTool();
 
-    /// Opens the tool and waits for its banner. False when Python did not start, or nothing came.
+    /// Opens the tool and waits for its banner. False when Python did not start, or nothing came. An interpreter that
+    /// was left to itself, which on a busy machine any may be, is waited for.
     bool open();
+    /// The same without waiting for such an interpreter.
+    bool openBeside();
     /// Opens it without waiting for anything.
     void openAtOnce();
     /// Whether a line that is typed there is evaluated: 1+1.

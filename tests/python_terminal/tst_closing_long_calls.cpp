@@ -121,7 +121,7 @@ void TestClosingLongCalls::leftToItself()
         QCOMPARE(abandonedWorkers(), 1);
 
         // Python cannot be had meanwhile, and whoever asks for it is told and closes as ever.
-        QVERIFY(!tool.open());
+        QVERIFY(!tool.openBeside());
         QCOMPARE(tool.text(), QStringLiteral("Failed to initialize Python.> "));
         QVERIFY(tool.close() < ClosingLimits::closeTime());
 
