@@ -29,7 +29,7 @@ EvaluatorUnderTest::~EvaluatorUnderTest()
 {
     if (workerThread.isFinished())
         return;
-    QMetaObject::invokeMethod(evaluator.get(), &TerminalPythonThread::onExit, Qt::QueuedConnection);
+    send([this] { evaluator->onExit(); });
     constexpr int Pause = 5;
     do {
         evaluator->requestClose();
@@ -38,6 +38,7 @@ EvaluatorUnderTest::~EvaluatorUnderTest()
 
 void EvaluatorUnderTest::connectSignals()
 {
+    connect(this, &EvaluatorUnderTest::errandCame, evaluator.get(), [this] { runErrand(); });
     connect(evaluator.get(), &TerminalPythonThread::insertSuccessText, this, [this](const QString &text) {
         take(QStringLiteral("out ") + text);
         evaluator->textsTaken(TerminalPythonThread::weightOf(text));
@@ -72,30 +73,52 @@ void EvaluatorUnderTest::answer()
         evaluator->setStdInText(answers.takeFirst());
 }
 
-QStringList EvaluatorUnderTest::handled()
+void EvaluatorUnderTest::send(const std::function<void()> &errand)
+{
+    {
+        const std::lock_guard<std::mutex> lock(errandMutex);
+        errands.push_back(errand);
+    }
+    Q_EMIT errandCame();
+}
+
+void EvaluatorUnderTest::runErrand()
+{
+    std::function<void()> errand;
+    {
+        const std::lock_guard<std::mutex> lock(errandMutex);
+        errand = std::move(errands.front());
+        errands.pop_front();
+    }
+    errand();
+    {
+        // What the errand did is known to whoever takes the lock next.
+        const std::lock_guard<std::mutex> lock(errandMutex);
+        errand = nullptr;
+    }
+    // Sent after everything else, it arrives after everything else.
+    Q_EMIT errandDone();
+}
+
+QStringList EvaluatorUnderTest::handled(const std::function<void()> &errand)
 {
     QEventLoop arrival;
+    connect(this, &EvaluatorUnderTest::errandDone, &arrival, &QEventLoop::quit);
     QTimer::singleShot(LongestWait, &arrival, [] { qFatal("the worker does not come to an end"); });
-    // Sent after everything else, it arrives after everything else.
-    QMetaObject::invokeMethod(
-        evaluator.get(),
-        [&arrival] { QMetaObject::invokeMethod(&arrival, &QEventLoop::quit, Qt::QueuedConnection); },
-        Qt::QueuedConnection);
+    send(errand);
     arrival.exec();
+    const std::lock_guard<std::mutex> lock(errandMutex);
     return std::exchange(taken, {});
 }
 
 QStringList EvaluatorUnderTest::init()
 {
-    QMetaObject::invokeMethod(evaluator.get(), &TerminalPythonThread::onInit, Qt::QueuedConnection);
-    return handled();
+    return handled([this] { evaluator->onInit(); });
 }
 
 QStringList EvaluatorUnderTest::type(const QString &line)
 {
-    QMetaObject::invokeMethod(
-        evaluator.get(), [this, line] { evaluator->onReturnPressed(line); }, Qt::QueuedConnection);
-    return handled();
+    return handled([this, line] { evaluator->onReturnPressed(line); });
 }
 
 QStringList EvaluatorUnderTest::type(const QStringList &lines)
@@ -108,31 +131,25 @@ QStringList EvaluatorUnderTest::type(const QStringList &lines)
 
 QStringList EvaluatorUnderTest::execute(const QString &file)
 {
-    QMetaObject::invokeMethod(
-        evaluator.get(), [this, file] { evaluator->onExecuteFile(file); }, Qt::QueuedConnection);
-    return handled();
+    return handled([this, file] { evaluator->onExecuteFile(file); });
 }
 
 QStringList EvaluatorUnderTest::complete(const QString &word)
 {
-    QMetaObject::invokeMethod(
-        evaluator.get(), [this, word] { evaluator->onComplete(word); }, Qt::QueuedConnection);
-    return handled();
+    return handled([this, word] { evaluator->onComplete(word); });
 }
 
 QStringList EvaluatorUnderTest::clear()
 {
-    QMetaObject::invokeMethod(evaluator.get(), &TerminalPythonThread::onClear, Qt::QueuedConnection);
-    return handled();
+    return handled([this] { evaluator->onClear(); });
 }
 
 QStringList EvaluatorUnderTest::exit()
 {
-    QMetaObject::invokeMethod(evaluator.get(), &TerminalPythonThread::onExit, Qt::QueuedConnection);
-    if (!QTest::qWaitFor([this] { return workerThread.isFinished(); }, LongestWait))
+    const QStringList signalTexts = handled([this] { evaluator->onExit(); });
+    if (!workerThread.wait(LongestWait))
         qFatal("the worker does not end");
-    QCoreApplication::processEvents();
-    return std::exchange(taken, {});
+    return signalTexts;
 }
 
 void EvaluatorUnderTest::setAnswers(const QStringList &lines)
@@ -148,11 +165,6 @@ QString EvaluatorUnderTest::shownBy(const QString &line)
 QString EvaluatorUnderTest::shownByFile(const QString &text)
 {
     return shown(execute(text));
-}
-
-void EvaluatorUnderTest::onWorker(const std::function<void()> &call)
-{
-    QMetaObject::invokeMethod(evaluator.get(), call, Qt::BlockingQueuedConnection);
 }
 
 QString EvaluatorUnderTest::shown(const QStringList &signalTexts)

@@ -8,8 +8,10 @@
 #include <QStringList>
 #include <QThread>
 
+#include <deque>
 #include <functional>
 #include <memory>
+#include <mutex>
 
 class TerminalPythonThread;
 
@@ -59,24 +61,33 @@ public:
     QString shownByFile(const QString &text);
 
     /// Calls a function on the worker, with the interpreter lock held and not as a script that could be stopped.
-    void onWorker(const std::function<void()> &call);
+    QStringList onWorker(const std::function<void()> &call) { return handled(call); }
 
     static QString shown(const QStringList &signalTexts);
     /// With "0x?" for every address, as in "<traceback object at 0x?>".
     static QStringList withoutAddresses(const QStringList &signalTexts);
 
+Q_SIGNALS:
+    void errandCame();
+    void errandDone();
+
 private:
     void connectSignals();
     void take(const QString &signalText);
     void answer();
-    /// Waits for the worker to have done everything so far, and for the arrival of what it sent.
-    QStringList handled();
+    void send(const std::function<void()> &errand);
+    void runErrand();
+    /// Has the worker do something, waits for it, and for the arrival of what it sent.
+    QStringList handled(const std::function<void()> &errand);
 
     RecordingBackend recordingBackend;
     DlDataAccess access{recordingBackend};
     KdMainData mainData{&access};
     QThread workerThread;
     std::unique_ptr<TerminalPythonThread> evaluator; ///< lives on the worker thread, and longer than that
+    // Handed over by a lock of the standard library: the thread sanitizer does not see those within Qt's own.
+    std::mutex errandMutex;
+    std::deque<std::function<void()>> errands;
     QStringList taken;
     QStringList answers;
 };
