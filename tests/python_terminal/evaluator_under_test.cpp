@@ -146,7 +146,7 @@ QStringList EvaluatorUnderTest::clear()
 
 QStringList EvaluatorUnderTest::exit()
 {
-    const QStringList signalTexts = handled([this] { evaluator->onExit(); });
+    QStringList signalTexts = handled([this] { evaluator->onExit(); });
     if (!workerThread.wait(LongestWait))
         qFatal("the worker does not end");
     return signalTexts;

@@ -182,7 +182,8 @@ void TestTerminalPythonThreadLines::errorTexts_data()
         "<class 'SystemError'> <method 'write' of 'redirection.ConsoleRedirection' objects> returned a "
         "result "
         "with an error set <traceback object at 0x?>");
-    row("exec('a b')", "<class 'SyntaxError'> ('invalid syntax', ('<string>', 1, 3, 'a b\\n')) <traceback object at 0x?>");
+    row("exec('a b')",
+        "<class 'SyntaxError'> ('invalid syntax', ('<string>', 1, 3, 'a b\\n')) <traceback object at 0x?>");
     // What merely looks like an incomplete statement when it runs does not leave a prompt for its rest.
     row("raise SyntaxError('unexpected EOF while parsing')",
         "<class 'SyntaxError'> unexpected EOF while parsing <traceback object at 0x?>");
