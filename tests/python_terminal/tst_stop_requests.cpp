@@ -8,11 +8,11 @@
 #include <unistd.h>
 
 #include <array>
-#include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <functional>
 #include <memory>
-#include <thread>
+#include <mutex>
 
 using python_terminal::RunningPython;
 using python_terminal::StopRequests;
@@ -94,13 +94,16 @@ QString TestStopRequests::runWhile(const QString &statements, const std::functio
     std::array<int, 2> startPipe{};
     if (pipe(startPipe.data()) != 0)
         return QStringLiteral("no pipe");
-    std::atomic<bool> ended{false};
+    std::mutex mutex;
+    std::condition_variable end;
+    bool ended = false;
     TestThread asker([&] {
+        constexpr std::chrono::milliseconds Interval(1);
         char byte = 0;
-        while (!ended && read(startPipe[0], &byte, 1) == 1) {
-            for (; !ended; std::this_thread::sleep_for(std::chrono::milliseconds(1)))
-                ask();
-        }
+        if (read(startPipe[0], &byte, 1) != 1)
+            return;
+        for (std::unique_lock<std::mutex> lock(mutex); !ended; end.wait_for(lock, Interval))
+            ask();
     });
     const QString prologue = QStringLiteral("import os\ndef start(): os.write(%1, b's')\n").arg(startPipe[1]);
     python->exec(prologue);
@@ -111,7 +114,11 @@ QString TestStopRequests::runWhile(const QString &statements, const std::functio
         const RunningPython running(*stop, code);
         result = run(statements);
     }
-    ended = true;
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        ended = true;
+    }
+    end.notify_one();
     close(startPipe[1]);
     asker.wait();
     close(startPipe[0]);

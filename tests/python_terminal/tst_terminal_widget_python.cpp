@@ -73,13 +73,6 @@ private Q_SLOTS:
     void otherEventsOfTheHostStopNothing_data();
     void otherEventsOfTheHostStopNothing();
 
-    void theToolHandsTheFocusOn_data();
-    void theToolHandsTheFocusOn();
-    void theConsoleHasTheFocusAgain();
-    void theEditorShownMeanwhileKeepsTheFocus();
-    void theConsoleShownWhileSomethingRunsLeavesTheKeysToTheTool();
-    void shortcutsWhileSomethingRuns();
-
     void aSecondToolHasNoInterpreter();
 
 private:
@@ -446,68 +439,6 @@ void TestTerminalWidgetPython::otherEventsOfTheHostStopNothing()
     QCOMPARE(bench->text(), before);
     QVERIFY(bench->run(QStringLiteral("print('here')")));
     QVERIFY(bench->text().endsWith(QLatin1String("here\n> ")));
-}
-
-// Focus
-
-void TestTerminalWidgetPython::theToolHandsTheFocusOn_data()
-{
-    QTest::addColumn<bool>("editing");
-    QTest::newRow("console") << false;
-    QTest::newRow("editor") << true;
-}
-
-void TestTerminalWidgetPython::theToolHandsTheFocusOn()
-{
-    QFETCH(bool, editing);
-    bench->send(editing ? KD::ShowEditor : KD::ShowTerminal);
-    bench->elsewhere->setFocus();
-    bench->tool->setFocus();
-    QCOMPARE(bench->editor->hasFocus(), editing);
-    QCOMPARE(bench->console->hasFocus(), !editing);
-}
-
-void TestTerminalWidgetPython::theConsoleHasTheFocusAgain()
-{
-    QVERIFY(beginLong());
-    QTRY_VERIFY(bench->tool->hasFocus());
-    QVERIFY(endLong());
-    QVERIFY(bench->console->hasFocus());
-    QTest::keyClicks(bench->window.focusWidget(), QStringLiteral("next"));
-    QVERIFY(bench->text().endsWith(QLatin1String("> next")));
-}
-
-void TestTerminalWidgetPython::theEditorShownMeanwhileKeepsTheFocus()
-{
-    QVERIFY(beginLong());
-    bench->send(KD::ShowEditor);
-    QVERIFY(bench->editor->hasFocus());
-    QVERIFY(endLong());
-    QVERIFY(bench->editor->hasFocus());
-    QVERIFY(!bench->console->isVisible());
-}
-
-void TestTerminalWidgetPython::theConsoleShownWhileSomethingRunsLeavesTheKeysToTheTool()
-{
-    QVERIFY(beginLong());
-    bench->send(KD::ShowEditor);
-    bench->send(KD::ShowTerminal);
-    QTRY_VERIFY(bench->tool->hasFocus());
-    bench->pressCtrlC();
-    QVERIFY(bench->waitForPrompt());
-    QVERIFY(bench->console->hasFocus());
-}
-
-void TestTerminalWidgetPython::shortcutsWhileSomethingRuns()
-{
-    QVERIFY(beginLong());
-    QTRY_VERIFY(bench->tool->hasFocus());
-    QTest::keySequence(bench->window.focusWidget(), bench->action("Show Text Editor")->shortcut());
-    QVERIFY(bench->editor->isVisible());
-    QTest::keySequence(bench->window.focusWidget(), bench->action("Show Terminal")->shortcut());
-    QVERIFY(bench->console->isVisible());
-    QVERIFY(isRunning());
-    QVERIFY(endLong());
 }
 
 // Two of them
