@@ -13,6 +13,7 @@ namespace
 {
 
 constexpr std::array<__itimer_which_t, 3> clocks = {ITIMER_REAL, ITIMER_VIRTUAL, ITIMER_PROF};
+constexpr std::array<int, 3> clockSignals = {SIGALRM, SIGVTALRM, SIGPROF};
 
 bool isArmed(__itimer_which_t clock)
 {
@@ -49,6 +50,13 @@ void ProcessSettings::giveBack(const struct sigaction &pythonsHandler)
         const itimerval never{};
         if (!armed.at(i) && isArmed(clocks.at(i)))
             setitimer(clocks.at(i), &never, nullptr);
+        // The last signal may be under way to a thread that does not run at the moment: being ignored ends it.
+        struct sigaction now
+        { };
+        if (sigaction(clockSignals.at(i), nullptr, &now) == 0 && haveOneHandler(now, pythonsHandler)) {
+            now.sa_handler = SIG_IGN;
+            sigaction(clockSignals.at(i), &now, nullptr);
+        }
     }
     // Python remembers the number of this descriptor beyond its end; by then it may be anybody's.
     PySignal_SetWakeupFd(-1);
