@@ -403,12 +403,12 @@ time.sleep(60)
 )",
         true);
     row("switches that take long", R"(
-import sys, threading
+import _thread, sys
 def work():
     while True: pass
-threading.Thread(target=work, daemon=True).start()
-print('reached')
 sys.setswitchinterval(100)
+_thread.start_new_thread(work, ())
+print('reached')
 )",
         false);
 }
