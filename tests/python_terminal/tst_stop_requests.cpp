@@ -181,7 +181,9 @@ void TestStopRequests::interruptEndsWhatRuns_data()
     row("function", "def f():\n    while True: pass", "f()");
     row("socket", "import socket\na, b = socket.socketpair()", "a.recv(1)");
     row("select", "import select", "select.select([], [], [], 1000)");
-    row("process", "import subprocess", "subprocess.run(['sleep', '1000'])");
+    // This process ends with its standard input, so that none is ever left behind.
+    row("process", "import subprocess\nchild = subprocess.Popen(['cat'], stdin=subprocess.PIPE)",
+        "try:\n    child.wait()\nfinally:\n    child.communicate()");
     row("lock", "import threading\nlock = threading.Lock()\nlock.acquire()", "lock.acquire()");
     row("queue", "import queue\nempty = queue.Queue()", "empty.get()");
 }
