@@ -102,7 +102,8 @@ QString TestStopRequests::runWhile(const QString &statements, const std::functio
         char byte = 0;
         if (read(startPipe[0], &byte, 1) != 1)
             return;
-        for (std::unique_lock<std::mutex> lock(mutex); !ended; end.wait_for(lock, Interval))
+        std::unique_lock<std::mutex> lock(mutex);
+        while (!end.wait_for(lock, Interval, [&] { return ended; }))
             ask();
     });
     const QString prologue = QStringLiteral("import os\ndef start(): os.write(%1, b's')\n").arg(startPipe[1]);
