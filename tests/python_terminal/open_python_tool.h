@@ -37,9 +37,9 @@ public:
     bool evaluates();
     /// Executes the text as a file and waits until it has printed "reached".
     bool run(const QString &script);
-    /// Destroys the tool; how long that took, in ms.
+    /// Destroys the tool; how long that took, in ms, less the time for which the thread had no processor.
     qint64 close();
-    /// The host ends its tools, which stay; how long that took, in ms.
+    /// The host ends its tools, which stay; how long that took, as above.
     qint64 stop();
 
     /// What the console shows; empty when nothing is open.

@@ -84,6 +84,13 @@ int armedTimers()
     }));
 }
 
+qint64 waitedForProcessor()
+{
+    constexpr qint64 NanosecondsPerMillisecond = 1000000;
+    const QList<QByteArray> times = contentsOf(QStringLiteral("/proc/thread-self/schedstat")).split(' ');
+    return times.size() > 1 ? times.at(1).toLongLong() / NanosecondsPerMillisecond : 0;
+}
+
 qint64 residentKiB()
 {
     const QList<QByteArray> pages = contentsOf(QStringLiteral("/proc/self/statm")).split(' ');

@@ -16,6 +16,8 @@ bool workerSleeps();
 QStringList descriptors();
 /// Timers of the operating system (alarm, setitimer) that are armed.
 int armedTimers();
+/// How long this thread has been ready to run without a processor, in ms: what a busy machine costs it.
+qint64 waitedForProcessor();
 /// Resident memory in KiB.
 qint64 residentKiB();
 
