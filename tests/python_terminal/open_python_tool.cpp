@@ -44,7 +44,7 @@ int ClosingLimits::cycles()
     const int wanted = qEnvironmentVariableIntValue("CLOSING_CYCLES");
     if (wanted > 0)
         return wanted;
-    return WITH_SANITIZER ? 8 : 50;
+    return WITH_SANITIZER ? 4 : 10;
 }
 
 qint64 ClosingLimits::closeTime()

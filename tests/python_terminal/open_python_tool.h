@@ -11,8 +11,9 @@
 class TerminalPythonConsole;
 class TerminalWidgetPython;
 
-/// How often a state is gone through, and how long a close may take. Sanitizers slow Python down by a factor, which the
-/// time takes into account; under them each state is gone through less often, since a run would take half an hour.
+/// How often a state is gone through, and how long a close may take. A check of every change goes through each state a
+/// few times; CLOSING_CYCLES=50 in the environment takes a quarter of an hour, and more under sanitizers. These slow
+/// Python down by a factor, which the time takes into account.
 struct ClosingLimits
 {
     static int cycles(); ///< CLOSING_CYCLES of the environment asks for another number
