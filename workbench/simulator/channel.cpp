@@ -106,6 +106,25 @@ RunningSummary Channel::summary(const ChannelEnvironment &environment)
     return result;
 }
 
+ChannelSnapshot Channel::snapshot(const ChannelEnvironment &environment)
+{
+    settle(environment);
+    ChannelSnapshot result;
+    result.time = environment.now;
+    result.voltage = voltage(environment.now);
+    result.current = current(environment.now);
+    result.voltageSet = voltageSet;
+    result.currentSet = currentSet;
+    result.voltageLimit = environment.nominalVoltage;
+    result.currentLimit = environment.nominalCurrent;
+    result.voltageNominal = environment.nominalVoltage;
+    result.currentNominal = environment.nominalCurrent;
+    result.status = conditions(environment);
+    result.events = state.latch.events();
+    result.errors = state.latch.errors();
+    return result;
+}
+
 double Channel::voltage(double now) const
 {
     const double ramped = ramp.valueAt(now);

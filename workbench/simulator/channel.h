@@ -2,6 +2,7 @@
 
 #include "hostclient/tarn_result.h"
 #include "workbench/simulator/channel_items.h"
+#include "workbench/simulator/channel_snapshot.h"
 #include "workbench/simulator/item_state.h"
 #include "workbench/simulator/running_summary.h"
 #include "workbench/simulator/voltage_ramp.h"
@@ -59,6 +60,7 @@ public:
     void clearEvents(const ChannelEnvironment &environment);
     void clearErrors(const ChannelEnvironment &environment);
     RunningSummary summary(const ChannelEnvironment &environment);
+    ChannelSnapshot snapshot(const ChannelEnvironment &environment);
 
 private:
     double voltage(double now) const;

@@ -152,6 +152,12 @@ TarnResult Controller::write(const ObjectAddress &object, const ItemDefinition &
                                       place.isPowered(), now);
 }
 
+ChannelSnapshot Controller::channelSnapshot(const ObjectAddress &channel, double now)
+{
+    const ModulePlace place = modulePlace(channel);
+    return place.module->channelSnapshot(static_cast<std::size_t>(channel.channel), place.isPowered(), now);
+}
+
 Controller::ModulePlace Controller::modulePlace(const ObjectAddress &object) const
 {
     return moduleIndex.value(placeKey(object.line, object.address));

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "hostclient/orb_item_id.h"
 #include "workbench/simulator/crate.h"
+#include "workbench/simulator/object_address.h"
 #include "workbench/simulator/plant_layout.h"
 #include "workbench/simulator/service_node.h"
 
@@ -12,15 +12,6 @@
 
 namespace simulator
 {
-
-/// Place of an object on a controller. What a level does not need is ignored.
-struct ObjectAddress
-{
-    OrbItemId::Type level = OrbItemId::Undefined;
-    quint32 line = 0;
-    quint32 address = 0;
-    qint32 channel = -1;
-};
 
 /// A controller with all its devices. `now` is in seconds and never before that of an earlier call. Not locked; the
 /// service does that.
@@ -58,6 +49,9 @@ public:
                    double now);
     TarnResult write(const ObjectAddress &object, const ItemDefinition &item, const ItemValue &value,
                      double now);
+
+    /// A channel that exists.
+    ChannelSnapshot channelSnapshot(const ObjectAddress &channel, double now);
 
 private:
     struct ModulePlace

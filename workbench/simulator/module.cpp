@@ -14,8 +14,8 @@ using Setting = ModuleSetting;
 Module::Module(const ModuleLayout &moduleLayout) : layout(moduleLayout)
 {
     channels.reserve(layout.loads.size());
-    for (const double load : layout.loads)
-        channels.emplace_back(load, layout.nominalCurrent);
+    for (const LoadLayout &load : layout.loads)
+        channels.emplace_back(load.resistance, layout.nominalCurrent);
 }
 
 ItemValue Module::read(const ItemDefinition &item, bool isPowered, double now)
@@ -49,6 +49,11 @@ TarnResult Module::writeChannel(std::size_t channel, const ItemDefinition &item,
                                 bool isPowered, double now)
 {
     return channels[channel].write(item, value, environment(isPowered, now));
+}
+
+ChannelSnapshot Module::channelSnapshot(std::size_t channel, bool isPowered, double now)
+{
+    return channels[channel].snapshot(environment(isPowered, now));
 }
 
 void Module::dropOut(double now)

@@ -32,6 +32,8 @@ public:
     TarnResult writeChannel(std::size_t channel, const ItemDefinition &item, const ItemValue &value,
                             bool isPowered, double now);
 
+    ChannelSnapshot channelSnapshot(std::size_t channel, bool isPowered, double now);
+
     /// All channels off at once, without a ramp.
     void dropOut(double now);
     void clearEvents(bool isPowered, double now);

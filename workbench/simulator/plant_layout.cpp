@@ -13,8 +13,10 @@ ModuleLayout module(quint32 address, std::size_t channels, double volts, double 
     layout.address = address;
     layout.nominalVoltage = volts;
     layout.nominalCurrent = amperes;
-    layout.loads.assign(channels, volts / (LoadFraction * amperes));
-    layout.loads.back() = NoLoad;
+    LoadLayout load;
+    load.resistance = volts / (LoadFraction * amperes);
+    layout.loads.assign(channels, load);
+    layout.loads.back().resistance = NoLoad;
     layout.serialNumber = serialNumber;
     layout.firmwareName = QStringLiteral("SIM-HV%1").arg(channels);
     layout.firmwareRelease = QStringLiteral("7.12.0");
@@ -39,18 +41,21 @@ PlantLayout PlantLayout::rehearsal()
     LineLayout benchLine;
     benchLine.modules = {module(0, 4, 1000, 0.005, 480201)};
 
-    return {{
-        {QStringLiteral("local"),
-         QStringLiteral("Rehearsal controller"),
-         QStringLiteral("127.0.0.1:8080"),
-         true,
-         {crateLine}},
-        {QStringLiteral("bench"),
-         QStringLiteral("Bench supply"),
-         QStringLiteral("127.0.0.1:8081"),
-         false,
-         {benchLine}},
-    }};
+    ControllerLayout local;
+    local.connectionName = QStringLiteral("local");
+    local.displayText = QStringLiteral("Rehearsal controller");
+    local.address = QStringLiteral("127.0.0.1:8080");
+    local.isLocal = true;
+    local.lines = {crateLine};
+    ControllerLayout bench;
+    bench.connectionName = QStringLiteral("bench");
+    bench.displayText = QStringLiteral("Bench supply");
+    bench.address = QStringLiteral("127.0.0.1:8081");
+    bench.lines = {benchLine};
+
+    PlantLayout plant;
+    plant.controllers = {local, bench};
+    return plant;
 }
 
 } // namespace simulator

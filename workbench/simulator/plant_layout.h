@@ -1,5 +1,7 @@
 #pragma once
 
+#include "workbench/simulator/fault.h"
+
 #include <QString>
 
 #include <limits>
@@ -11,13 +13,41 @@ namespace simulator
 /// An output without a load.
 constexpr double NoLoad = std::numeric_limits<double>::infinity();
 
+/// What hangs on an output, and the output's own capacitance. Plain data.
+struct LoadLayout
+{
+    double resistance = NoLoad; ///< Ohm, above 0 or NoLoad; a short has next to nothing
+    double capacitance = 0; ///< F of output, cable and load, 0 or more
+    double leakage = 0; ///< A besides what the resistance draws, while there is any voltage; 0 or more
+    double leakageDrift = 0; ///< A/s by which the leakage grows from the start on
+    double sparkInterval =
+        0; ///< s between two sparks on average, above half the voltage limit; 0 for no sparks
+};
+
+/// How far a module's measurements are from what is there. Plain data.
+struct MeasurementLayout
+{
+    double voltageNoise = 0; ///< V, standard deviation
+    double currentNoise = 0; ///< A, standard deviation
+    double voltageOffset = 0; ///< V
+    double currentOffset = 0; ///< A
+    double voltageStep = 0; ///< V between two values of the converter; 0 for none
+    double currentStep = 0; ///< A
+};
+
 /// A module and its channels. Plain data.
 struct ModuleLayout
 {
     quint32 address = 0; ///< below 1000
     double nominalVoltage = 0; ///< V, above 0
     double nominalCurrent = 0; ///< A, above 0
-    std::vector<double> loads; ///< Ohm, one for each channel, above 0 or NoLoad
+    bool isNegative = false; ///< the polarity of its outputs
+    double voltageLimit = 100; ///< percent of the nominal voltage, above 0, to 100
+    double currentLimit = 100; ///< percent of the nominal current
+    double voltageRampspeed = 10; ///< %/s before anybody sets another one
+    double currentRampspeed = 50; ///< %/s
+    MeasurementLayout measurement;
+    std::vector<LoadLayout> loads; ///< one for each channel
     quint32 serialNumber = 0;
     QString firmwareName;
     QString firmwareRelease;
@@ -45,6 +75,8 @@ struct ControllerLayout
     QString displayText; ///< unique among the controllers
     QString address; ///< "host:port" under which it is reached
     bool isLocal = false; ///< the service on this machine
+    double latency = -1; ///< s between a raw request and its answer; below 0 for the service's own
+    double jitter = 0; ///< s by which an answer may take longer, evenly spread
     std::vector<LineLayout> lines;
 };
 
@@ -52,6 +84,8 @@ struct ControllerLayout
 struct PlantLayout
 {
     std::vector<ControllerLayout> controllers;
+    quint32 seed = 1; ///< of noise, sparks and jitter
+    std::vector<ScheduledFault> faults;
 
     /// Two controllers:
     /// "local", shown as "Rehearsal controller", is the local service at 127.0.0.1:8080. On its line 0 is the crate

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "workbench/simulator/controller.h"
+#include "workbench/simulator/object_address.h"
 
 #include <QString>
 

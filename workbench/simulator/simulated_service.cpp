@@ -68,6 +68,10 @@ bool SimulatedService::setControllerAvailable(const QString &name, bool availabl
         if (controller->isAvailable() == available)
             return true;
         controller->setAvailable(available);
+        JournalEntry entry;
+        entry.kind = available ? JournalEntry::ControllerCame : JournalEntry::ControllerLeft;
+        entry.controller = controller->connectionName();
+        enter(entry);
     }
     notifyStructureChanged();
     return true;
@@ -87,6 +91,43 @@ QVector<QPair<QString, QString>> SimulatedService::allControllers() const
     for (const auto &controller : connections.controllers())
         result.append({controller->connectionName(), controller->displayText()});
     return result;
+}
+
+QVector<JournalEntry> SimulatedService::journal(quint64 from, int most)
+{
+    const Guard lock(plantMutex);
+    return journalEntries.from(from, most);
+}
+
+quint64 SimulatedService::nextJournalNumber()
+{
+    const Guard lock(plantMutex);
+    return journalEntries.nextNumber();
+}
+
+bool SimulatedService::channelSnapshot(const QString &controller, const ObjectAddress &channel,
+                                       ChannelSnapshot &snapshot)
+{
+    const Guard lock(plantMutex);
+    Controller *const target = connections.controller(controller);
+    if (target == nullptr || channel.level != OrbItemId::Channel || !target->hasObject(channel))
+        return false;
+    snapshot = target->channelSnapshot(channel, clock->now());
+    return true;
+}
+
+TarnResult SimulatedService::cause(const Fault &fault)
+{
+    if (fault.kind != FaultKind::Disconnect)
+        return TarnResult::Failed;
+    return setControllerAvailable(fault.controller, false) ? TarnResult::Success : TarnResult::NoData;
+}
+
+TarnResult SimulatedService::mend(const Fault &fault)
+{
+    if (fault.kind != FaultKind::Disconnect)
+        return TarnResult::Failed;
+    return setControllerAvailable(fault.controller, true) ? TarnResult::Success : TarnResult::NoData;
 }
 
 TarnResult SimulatedService::injectPassThroughMessage(const QString &connectionName,
@@ -253,7 +294,7 @@ TarnResult SimulatedService::readItem(const OrbItemId &id, OrbItemReading &readi
 
 TarnResult SimulatedService::writeItem(const OrbItemId &id, const QString &value)
 {
-    return write(id, placeOf(id), value, QString());
+    return write(id, placeOf(id), value, QString(), 0);
 }
 
 bool SimulatedService::rawRequest(const QString &controller, const QString &request, QString &reply)
@@ -274,8 +315,22 @@ bool SimulatedService::rawRequest(const QString &controller, const QString &requ
         return false;
     }
     log(2, QStringLiteral("request to %1: %2").arg(quoted(controller), request));
+    JournalEntry entry;
+    entry.kind = JournalEntry::Request;
+    entry.controller = connectionName;
+    entry.text = request;
+    quint64 number = 0;
+    {
+        const Guard lock(plantMutex);
+        number = ++lastRequest;
+        entry.request = number;
+        enter(entry);
+    }
+    const double askedAt = clock->now();
     // The last thing here, so that the answer cannot overtake the return by more than the return itself takes.
-    answers.post(latency(), [this, connectionName, commands] { answer(connectionName, commands); });
+    answers.post(latency(), [this, connectionName, commands, number, askedAt] {
+        answer(connectionName, commands, number, askedAt);
+    });
     return true;
 }
 
@@ -334,7 +389,7 @@ Connection *SimulatedService::usableConnection(const QString &name) const
 }
 
 TarnResult SimulatedService::write(const OrbItemId &id, const ObjectAddress &object, const QString &value,
-                                   const QString &unit)
+                                   const QString &unit, quint64 request)
 {
     OrbItemId changed = id;
     bool wentAway = false;
@@ -343,6 +398,15 @@ TarnResult SimulatedService::write(const OrbItemId &id, const ObjectAddress &obj
         wentAway = !connection.controller->isAvailable();
         changed.connectionName = connection.name;
         changed.connection = connections.indexOf(connection);
+        JournalEntry entry;
+        entry.kind = JournalEntry::Write;
+        entry.result = written;
+        entry.request = request;
+        entry.controller = connection.controller->connectionName();
+        entry.object = object;
+        entry.item = id.itemName;
+        entry.text = unit.isEmpty() ? value : value + QLatin1Char(' ') + unit;
+        enter(entry);
         return written;
     });
     if (result != TarnResult::Success)
@@ -354,27 +418,30 @@ TarnResult SimulatedService::write(const OrbItemId &id, const ObjectAddress &obj
     return TarnResult::Success;
 }
 
-void SimulatedService::answer(const QString &connectionName, const QVector<RequestCommand> &commands)
+void SimulatedService::answer(const QString &connectionName, const QVector<RequestCommand> &commands,
+                              quint64 request, double askedAt)
 {
     QStringList data;
     TarnResult result = TarnResult::Success;
     for (const RequestCommand &command : commands) {
-        result = carryOut(connectionName, command, data);
+        result = carryOut(connectionName, command, request, data);
         if (result == TarnResult::NotConnected)
             return; // went away, maybe in the middle of it
         if (result != TarnResult::Success)
             break;
     }
     const QString trigger = triggerMessage(result);
+    enterAnswer(connectionName, request, askedAt, trigger);
     listeners.call([&](OrbBackendListener &listener) { listener.rawMessage(connectionName, trigger); });
     if (result != TarnResult::Success || data.isEmpty())
         return;
     const QString message = dataMessage(data);
+    enterAnswer(connectionName, request, askedAt, message);
     listeners.call([&](OrbBackendListener &listener) { listener.rawMessage(connectionName, message); });
 }
 
 TarnResult SimulatedService::carryOut(const QString &connectionName, const RequestCommand &command,
-                                      QStringList &data)
+                                      quint64 request, QStringList &data)
 {
     if (command.kind == RequestCommand::SetItem) {
         OrbItemId id(command.object.level);
@@ -383,7 +450,7 @@ TarnResult SimulatedService::carryOut(const QString &connectionName, const Reque
         id.channel = command.object.channel;
         id.connectionName = connectionName;
         id.itemName = command.item;
-        return write(id, command.object, command.value, command.unit);
+        return write(id, command.object, command.value, command.unit, request);
     }
     OrbItemReading reading;
     const TarnResult result =
@@ -393,6 +460,25 @@ TarnResult SimulatedService::carryOut(const QString &connectionName, const Reque
     if (result == TarnResult::Success)
         data << dataObject(connectionName, command, reading);
     return result;
+}
+
+void SimulatedService::enter(JournalEntry entry)
+{
+    entry.time = clock->now();
+    journalEntries.add(std::move(entry));
+}
+
+void SimulatedService::enterAnswer(const QString &connectionName, quint64 request, double askedAt,
+                                   const QString &text)
+{
+    JournalEntry entry;
+    entry.kind = JournalEntry::Answer;
+    entry.controller = connectionName;
+    entry.request = request;
+    entry.text = text;
+    entry.delay = clock->now() - askedAt;
+    const Guard lock(plantMutex);
+    enter(std::move(entry));
 }
 
 void SimulatedService::log(int debugLevelNeeded, const QString &text)

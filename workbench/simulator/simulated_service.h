@@ -2,8 +2,11 @@
 
 #include "workbench/hostkit/orb_backend.h"
 #include "workbench/simulator/answer_queue.h"
+#include "workbench/simulator/channel_snapshot.h"
 #include "workbench/simulator/connection_table.h"
+#include "workbench/simulator/fault.h"
 #include "workbench/simulator/listener_gate.h"
+#include "workbench/simulator/plant_journal.h"
 #include "workbench/simulator/plant_layout.h"
 #include "workbench/simulator/request_command.h"
 #include "workbench/simulator/simulation_clock.h"
@@ -60,6 +63,18 @@ public:
     /// All controllers, also those that are away: name and display text.
     QVector<QPair<QString, QString>> allControllers() const;
 
+    /// Lets the plant come up to the clock's time, then gives what happened from that entry on, at most `most` entries.
+    QVector<JournalEntry> journal(quint64 from, int most = 10000);
+    quint64 nextJournalNumber();
+    /// A channel as it is now. False when there is no such channel, whether or not its controller is away.
+    bool channelSnapshot(const QString &controller, const ObjectAddress &channel, ChannelSnapshot &snapshot);
+
+    /// Lets something go wrong from now on, until its duration is over or it is mended. NoData when there is no such
+    /// object, Failed when the kind is not for one of that level or its amount makes no sense.
+    TarnResult cause(const Fault &fault);
+    /// Ends what was caused there of that kind. NoData when nothing was.
+    TarnResult mend(const Fault &fault);
+
     /// The script that opened the connection; empty when no script did.
     QString connectionScript(const QString &connectionName) const;
 
@@ -111,15 +126,21 @@ private:
     template <class Name, class Function>
     TarnResult onConnection(const Name &nameOrId, Function function) const;
     TarnResult write(const OrbItemId &id, const ObjectAddress &object, const QString &value,
-                     const QString &unit);
-    void answer(const QString &connectionName, const QVector<RequestCommand> &commands);
-    TarnResult carryOut(const QString &connectionName, const RequestCommand &command, QStringList &data);
+                     const QString &unit, quint64 request);
+    void answer(const QString &connectionName, const QVector<RequestCommand> &commands, quint64 request,
+                double askedAt);
+    TarnResult carryOut(const QString &connectionName, const RequestCommand &command, quint64 request,
+                        QStringList &data);
+    void enter(JournalEntry entry);
+    void enterAnswer(const QString &connectionName, quint64 request, double askedAt, const QString &text);
     void log(int debugLevelNeeded, const QString &text);
     void notifyStructureChanged();
 
     const std::shared_ptr<const SimulationClock> clock;
     mutable std::mutex plantMutex;
     ConnectionTable connections; // guarded by plantMutex
+    PlantJournal journalEntries; // guarded by plantMutex
+    quint64 lastRequest = 0; // guarded by plantMutex
     std::atomic<qint64> latencyMilliseconds{DefaultLatency.count()};
     std::atomic<int> debugLevel{0};
     ListenerGate listeners;

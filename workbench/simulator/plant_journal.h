@@ -1,0 +1,74 @@
+#pragma once
+
+#include "hostclient/tarn_result.h"
+#include "workbench/simulator/object_address.h"
+
+#include <QString>
+#include <QVector>
+
+#include <deque>
+
+namespace simulator
+{
+
+/// One thing that happened in the plant. Plain data; which members say something depends on the kind.
+struct JournalEntry
+{
+    enum Kind : quint8
+    {
+        Write, ///< a client wrote `text` to `item`, and that ended with `result`
+        Request, ///< a raw request came in: `text`, numbered `request`
+        Answer, ///< a raw message of the answer to `request` went out: `text`, after `delay` s
+        AnswerLost, ///< the transport lost it
+        Event, ///< `item` ("Event.currentTrip") became pending
+        Error, ///< `item` ("Error.currentTrip") became pending
+        FaultBegins, ///< `text` is the fault's name
+        FaultEnds,
+        Waypoint, ///< from here on a channel takes another course; `voltage`, `current` and their values just before
+        PassThroughIn, ///< a message was handed to a script: `text`
+        PassThroughOut, ///< a script sent `text`
+        ControllerLeft, ///< the controller went away
+        ControllerCame,
+    };
+
+    quint64 number = 0; ///< counts all entries from 0 on
+    double time = 0; ///< s on the plant's clock
+    Kind kind = Write;
+    TarnResult result = TarnResult::Success;
+    quint64 request = 0; ///< 0 for none; a write that a raw request asked for has that request's number
+    QString controller; ///< connection name of the controller
+    ObjectAddress object;
+    QString item;
+    QString text;
+    double delay = 0; ///< s
+    double voltage = 0; ///< V
+    double current = 0; ///< A
+    double voltageBefore = 0;
+    double currentBefore = 0;
+};
+
+/// The entry as one line of text without a line feed. Equal plants, seeds and commands on a stepped clock give equal
+/// lines.
+QString journalLine(const JournalEntry &entry);
+
+/// The latest entries, in the order of their time. Not locked; the service does that.
+class PlantJournal
+{
+public:
+    static constexpr std::size_t MostEntries = 100000;
+
+    /// Numbers the entry and keeps it; the oldest goes when there are too many.
+    void add(JournalEntry entry);
+
+    /// The kept entries from that number on, at most `most` of them.
+    QVector<JournalEntry> from(quint64 number, int most) const;
+
+    /// The number that the next entry gets.
+    quint64 nextNumber() const { return next; }
+
+private:
+    std::deque<JournalEntry> entries;
+    quint64 next = 0;
+};
+
+} // namespace simulator
