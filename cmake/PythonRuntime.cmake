@@ -5,8 +5,8 @@
 
 set(terminal_python_extensions "${Python3_STDLIB}/lib-dynload")
 
-# What a console program has no use for.
-set(terminal_python_left_out lib-dynload site-packages test idlelib turtledemo lib2to3 ensurepip)
+# What a console program has no use for. A second toolkit for windows would pull its libraries in.
+set(terminal_python_left_out lib-dynload site-packages test idlelib tkinter turtle.py turtledemo lib2to3 ensurepip)
 
 # terminal_link_python_runtime(<folder of the application>): a build tree gets links, which take no room and no time.
 function(terminal_link_python_runtime application_dir)
@@ -44,16 +44,24 @@ function(terminal_install_python_runtime destination component)
   endforeach()
   install(DIRECTORY "${Python3_STDLIB}/" DESTINATION "${home}/Lib" COMPONENT ${component} ${left_out})
   install(DIRECTORY "${terminal_python_extensions}/" DESTINATION "${home}/Lib" COMPONENT ${component}
-    PATTERN "_test*" EXCLUDE PATTERN "__pycache__" EXCLUDE)
+    PATTERN "_test*" EXCLUDE PATTERN "_tkinter*" EXCLUDE PATTERN "__pycache__" EXCLUDE)
   install(TARGETS python_runtime_interpreter COMPONENT ${component} RUNTIME DESTINATION "${home}/bin")
   list(GET Python3_LIBRARIES 0 library)
   file(REAL_PATH "${library}" library)
   install(FILES "${library}" DESTINATION "${home}/lib" COMPONENT ${component})
   # A plain interpreter knows its folders by lib/python3.7 and, in there, lib-dynload, empty though it is.
+  install(DIRECTORY DESTINATION "${home}/Lib/lib-dynload" COMPONENT ${component})
+  # The copies would look for libraries where their Python was built first. Stripping is asked for as for any target.
   install(CODE "
     set(home \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${home}\")
-    file(MAKE_DIRECTORY \"\${home}/Lib/lib-dynload\" \"\${home}/lib\")
     if(NOT EXISTS \"\${home}/lib/python3.7\")
       file(CREATE_LINK ../Lib \"\${home}/lib/python3.7\" SYMBOLIC)
+    endif()
+    file(GLOB libraries \"\${home}/lib/*.so*\" \"\${home}/Lib/*.so\")
+    foreach(library IN LISTS libraries)
+      file(RPATH_REMOVE FILE \"\${library}\")
+    endforeach()
+    if(CMAKE_INSTALL_DO_STRIP)
+      execute_process(COMMAND \"${CMAKE_STRIP}\" --strip-unneeded \${libraries} COMMAND_ERROR_IS_FATAL ANY)
     endif()" COMPONENT ${component})
 endfunction()

@@ -1,11 +1,11 @@
-# Installs workbench, plug-in and kit to a scratch prefix, moves it, and executes a Python file there. Nothing of the
+# Installs workbench and plug-in to a scratch prefix, moves it, and executes a Python file there. Nothing of the
 # build tree or of the Python that the build found may be needed.
 
 cmake_minimum_required(VERSION 3.25)
 
 set(prefix "${SCRATCH_DIR}/moved")
 file(REMOVE_RECURSE "${SCRATCH_DIR}")
-foreach(component IN ITEMS host_kit plugin workbench)
+foreach(component IN ITEMS plugin workbench)
   execute_process(COMMAND "${CMAKE_COMMAND}" --install "${BUILD_DIR}" --component ${component}
     --prefix "${SCRATCH_DIR}/installed" OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
 endforeach()

@@ -1,5 +1,6 @@
 #include "hostclient/dl_data_access.h"
 #include "hostsdk/kd_main_data.h"
+#include "workbench/app/application_icon.h"
 #include "workbench/app/main_window.h"
 #include "workbench/app/options.h"
 #include "workbench/app/plugin_library.h"
@@ -121,6 +122,8 @@ int main(int argc, char *argv[])
     QCoreApplication::setOrganizationName(QStringLiteral("tarn"));
     QCoreApplication::setApplicationName(QStringLiteral("terminal-workbench"));
     QCoreApplication::setApplicationVersion(QStringLiteral(WORKBENCH_VERSION));
+    QApplication::setWindowIcon(workbench::applicationIcon());
+    QGuiApplication::setDesktopFileName(QStringLiteral("terminal-workbench"));
 
     if (!hasScreen()) {
         defaultMessageHandler = qInstallMessageHandler(writeMessage);
