@@ -1,59 +1,29 @@
 #pragma once
 
-#include "command_terminal/terminal_file_editor.h"
-#include "command_terminal/terminal_toolbar.h"
-#include "plugin/terminal_plugin_state.h"
 #include "python_terminal/terminal_python_console.h"
 #include "python_terminal/terminal_widget_python.h"
-#include "tests/command_terminal/terminal_fixture.h"
 #include "tests/python_terminal/console_display.h"
+#include "tests/support/terminal_tool_bench.h"
 
-#include <QAction>
 #include <QDeadlineTimer>
-#include <QLineEdit>
 #include <QTest>
-#include <QVBoxLayout>
 
-#include <algorithm>
 #include <thread>
 
-/// A Python terminal in a window, beside something else that takes the focus, over a recording service. One at a time
-/// has an interpreter.
-class PythonToolBench : public TerminalFixture
+/// A Python terminal in a window. One at a time has an interpreter.
+class PythonToolBench : public TerminalToolBench<TerminalWidgetPython>
 {
 public:
-    class Tool : public TerminalWidgetPython
-    {
-    public:
-        using TerminalWidgetPython::instance;
-        using TerminalWidgetPython::TerminalWidgetPython;
-    };
-
-    PythonToolBench()
-    {
-        auto *column = new QVBoxLayout(&window);
-        column->addWidget(tool);
-        column->addWidget(elsewhere);
-        window.resize(600, 400);
-    }
+    PythonToolBench() { window.resize(600, 400); }
 
     /// Shows the window, active, with the focus in the console, and waits for the interpreter's start.
     bool start()
     {
-        window.show();
-        window.activateWindow();
+        if (!showActive())
+            return false;
         console->setFocus();
-        return QTest::qWaitForWindowActive(&window) && console->hasFocus()
-            && waitForText("orbClient module.\n> ");
+        return console->hasFocus() && waitForText("orbClient module.\n> ");
     }
-
-    template <class Argument>
-    void send(KD::EventType type, const Argument &argument)
-    {
-        KdChildEvent event(type, argument);
-        tool->processChildEvent(event);
-    }
-    void send(KD::EventType type) { tool->childEventOccured(type); }
 
     /// Types a line into the console and presses Return.
     void enter(const QString &line)
@@ -108,35 +78,7 @@ public:
     QString text() const { return console->toPlainText(); }
     QStringList display() const { return ConsoleDisplay::linesOf(*console); }
 
-    QAction *action(const char *name) const
-    {
-        const QList<QAction *> actions = toolbar->actions();
-        const auto found = std::find_if(actions.cbegin(), actions.cend(), [&](const QAction *action) {
-            return action->text() == QLatin1String(name);
-        });
-        Q_ASSERT(found != actions.cend());
-        return *found;
-    }
-
-    /// Which of the two modes the tool bar is in, by its buttons.
-    bool toolbarInTerminalMode() const
-    {
-        return action("Show Terminal")->isChecked() && action("Clear Terminal")->isVisible()
-            && !action("Open File")->isVisible();
-    }
-    bool toolbarInEditorMode() const
-    {
-        return action("Show Text Editor")->isChecked() && !action("Clear Terminal")->isVisible()
-            && action("Open File")->isVisible();
-    }
-
     static constexpr int LongestWait = 10000; // ms, for what usually takes a few
 
-    TerminalPluginState state{7, 8, {}, {}};
-    QWidget window;
-    Tool *const tool = new Tool(&window, &state, mainData, observer, 3);
-    QLineEdit *const elsewhere = new QLineEdit(&window);
-    TerminalToolbar *const toolbar = tool->findChild<TerminalToolbar *>();
     TerminalPythonConsole *const console = tool->findChild<TerminalPythonConsole *>();
-    TerminalFileEditor *const editor = tool->findChild<TerminalFileEditor *>();
 };
