@@ -2,10 +2,13 @@
 #include "tests/command_terminal/context_translator.h"
 #include "tests/command_terminal/terminal_widget_bench.h"
 
+#include <QAbstractItemView>
 #include <QClipboard>
+#include <QComboBox>
 #include <QGuiApplication>
 #include <QPushButton>
 #include <QTextBlock>
+#include <QWindow>
 #include <QtTest>
 
 /// Ctrl+C: it stops a command file and a wait while there is one, copies where text is selected, and is nothing else.
@@ -33,6 +36,13 @@ private Q_SLOTS:
     void withNothingToStopItDoesNothing_data();
     void withNothingToStopItDoesNothing();
     void withNothingToStopTheKeysAreTheHosts();
+    void aHostsCopyActionDoesNotTakeTheKeys_data();
+    void aHostsCopyActionDoesNotTakeTheKeys();
+    void aHostsCopyActionDoesNotTakeTheKeysOfAWait();
+    void aHostsCopyActionLeavesCopyingToTheTexts_data();
+    void aHostsCopyActionLeavesCopyingToTheTexts();
+    void stopsFromTheListOfABox_data();
+    void stopsFromTheListOfABox();
     void copiesWithNothingToStop();
     void theKeysAreNobodysAfterwards();
     void aLateAnswerIsPrinted();
@@ -40,8 +50,25 @@ private Q_SLOTS:
     void aFileCanRunAgain();
 
 private:
+    /// The host's own action for these keys, in the window of the tool.
+    struct HostCopy
+    {
+        explicit HostCopy(QWidget &window)
+        {
+            action.setShortcut(QKeySequence::Copy);
+            window.addAction(&action);
+        }
+        QAction action;
+        QSignalSpy triggered{&action, &QAction::triggered};
+    };
+
     QWidget *focused() const { return bench->window.focusWidget(); }
     void pressCtrlC() const { QTest::keyClick(focused(), Qt::Key_C, Qt::ControlModifier); }
+    /// Through the window, as real keys come.
+    void pressCtrlCInTheWindow() const
+    {
+        QTest::keyClick(bench->window.windowHandle(), Qt::Key_C, Qt::ControlModifier);
+    }
     void runFile(const QString &text) const
     {
         bench->editor->setPlainText(text);
@@ -271,18 +298,117 @@ void TestTerminalWidgetStop::withNothingToStopItDoesNothing()
 
 void TestTerminalWidgetStop::withNothingToStopTheKeysAreTheHosts()
 {
-    QAction hostCopy;
-    hostCopy.setShortcut(QKeySequence::Copy);
-    bench->window.addAction(&hostCopy);
-    QSignalSpy triggered(&hostCopy, &QAction::triggered);
+    const HostCopy host(bench->window);
     // A button makes nothing of these keys itself.
     bench->panel->findChild<QPushButton *>(QStringLiteral("getButton"))->setFocus();
     pressCtrlC();
-    QCOMPARE(triggered.size(), 1);
+    QCOMPARE(host.triggered.size(), 1);
     bench->beginWaiting();
     bench->endWaiting();
     pressCtrlC();
-    QCOMPARE(triggered.size(), 2);
+    QCOMPARE(host.triggered.size(), 2);
+}
+
+void TestTerminalWidgetStop::aHostsCopyActionDoesNotTakeTheKeys_data()
+{
+    QTest::addColumn<bool>("editing");
+    QTest::newRow("console") << false;
+    QTest::newRow("editor") << true;
+    QTest::newRow("lineEdit") << false;
+    QTest::newRow("valueEdit") << false;
+    QTest::newRow("itemBox") << false;
+    QTest::newRow("getButton") << false;
+}
+
+void TestTerminalWidgetStop::aHostsCopyActionDoesNotTakeTheKeys()
+{
+    QFETCH(bool, editing);
+    const HostCopy host(bench->window);
+    runLongFile();
+    if (editing)
+        bench->send(KD::ShowEditor);
+    bench->tool->findChild<QWidget *>(QString::fromLatin1(QTest::currentDataTag()))->setFocus();
+    QCOMPARE(focused()->objectName(), QString::fromLatin1(QTest::currentDataTag()));
+    pressCtrlCInTheWindow();
+    QVERIFY(isIdle());
+    QCOMPARE(redTexts().size(), 1);
+    QCOMPARE(host.triggered.size(), 0);
+    QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("before"));
+}
+
+void TestTerminalWidgetStop::aHostsCopyActionDoesNotTakeTheKeysOfAWait()
+{
+    const HostCopy host(bench->window);
+    bench->beginWaiting();
+    QCOMPARE(focused(), bench->tool);
+    pressCtrlCInTheWindow();
+    QVERIFY(isIdle());
+    QCOMPARE(redTexts().size(), 1);
+    QCOMPARE(host.triggered.size(), 0);
+    // From elsewhere in the window the keys are the host's, whatever the tool does.
+    QPushButton outside(&bench->window);
+    outside.show();
+    outside.setFocus();
+    bench->beginWaiting();
+    pressCtrlCInTheWindow();
+    QVERIFY(isWaiting());
+    QCOMPARE(host.triggered.size(), 1);
+}
+
+void TestTerminalWidgetStop::aHostsCopyActionLeavesCopyingToTheTexts_data()
+{
+    QTest::addColumn<QString>("place");
+    QTest::addColumn<bool>("running");
+    QTest::newRow("console") << QStringLiteral("console") << false;
+    QTest::newRow("console, while a file runs") << QStringLiteral("console") << true;
+    QTest::newRow("editor") << QStringLiteral("editor") << false;
+    QTest::newRow("editor, while a file runs") << QStringLiteral("editor") << true;
+    QTest::newRow("field") << QStringLiteral("valueEdit") << false;
+    QTest::newRow("field, while a file runs") << QStringLiteral("valueEdit") << true;
+}
+
+void TestTerminalWidgetStop::aHostsCopyActionLeavesCopyingToTheTexts()
+{
+    QFETCH(QString, place);
+    QFETCH(bool, running);
+    const HostCopy host(bench->window);
+    bench->console->printSuccessAbovePrompt(QStringLiteral("the text"));
+    bench->editor->setPlainText(QStringLiteral("the text"));
+    bench->field("valueEdit")->setText(QStringLiteral("the text"));
+    if (running)
+        runLongFile();
+    if (place == QLatin1String("editor"))
+        bench->send(KD::ShowEditor);
+    bench->tool->findChild<QWidget *>(place)->setFocus();
+    QVERIFY(QMetaObject::invokeMethod(focused(), "selectAll"));
+    // Not through the window: the file would go on meanwhile, and its lines unmark what is marked in the console.
+    pressCtrlC();
+    QVERIFY(QGuiApplication::clipboard()->text().contains(QLatin1String("the text")));
+    QCOMPARE(bench->console->isFileRunning(), running);
+    QVERIFY(redTexts().isEmpty());
+    QCOMPARE(host.triggered.size(), 0);
+    bench->console->stopExecution();
+}
+
+void TestTerminalWidgetStop::stopsFromTheListOfABox_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("items") << QStringLiteral("itemBox");
+    QTest::newRow("controllers") << QStringLiteral("controllerBox");
+}
+
+void TestTerminalWidgetStop::stopsFromTheListOfABox()
+{
+    QFETCH(QString, name);
+    auto *box = bench->tool->findChild<QComboBox *>(name);
+    runLongFile();
+    box->showPopup();
+    QTRY_VERIFY(box->view()->isVisible());
+    QTest::keyClick(box->view(), Qt::Key_C, Qt::ControlModifier);
+    box->hidePopup();
+    QVERIFY(isIdle());
+    QCOMPARE(redTexts().size(), 1);
+    QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("before"));
 }
 
 void TestTerminalWidgetStop::copiesWithNothingToStop()
