@@ -1,5 +1,6 @@
 #include "workbench/simulator/connection_table.h"
 
+#include "workbench/simulator/connection_address.h"
 #include "workbench/simulator/item_text.h"
 #include "workbench/simulator/refusal_text.h"
 
@@ -7,22 +8,6 @@
 
 namespace simulator
 {
-
-namespace
-{
-
-// "host:port" with a port from 1 to 65535.
-bool isAddress(const QString &address)
-{
-    const int colon = address.lastIndexOf(QLatin1Char(':'));
-    if (colon <= 0)
-        return false;
-    bool isNumber = false;
-    const ushort port = address.midRef(colon + 1).toUShort(&isNumber);
-    return isNumber && port > 0;
-}
-
-} // namespace
 
 ConnectionTable::ConnectionTable(const std::vector<ControllerLayout> &layouts)
 {
@@ -99,7 +84,7 @@ int ConnectionTable::clientsOf(const Controller &target) const
 TarnResult ConnectionTable::open(const QString &name, const QString &address, const ScriptOrigin &script)
 {
     Connection *const existing = find(name);
-    if (name.isEmpty() || !isAddress(address) || (existing != nullptr && existing->isOpen))
+    if (name.isEmpty() || !isConnectionAddress(address) || (existing != nullptr && existing->isOpen))
         return TarnResult::Failed;
     // A name keeps its controller, and with it its index.
     Controller *const target = existing != nullptr ? existing->controller : controllerAt(address);

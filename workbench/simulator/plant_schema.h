@@ -1,0 +1,80 @@
+#pragma once
+
+#include <QString>
+
+#include <limits>
+
+namespace simulator
+{
+
+/// The kinds of object that a plant file is made of.
+enum class PlantObjectKind : quint8
+{
+    Plant,
+    Controller,
+    Line,
+    Crate,
+    Module,
+    Measurement,
+    Load,
+    Fault,
+    FaultFile, ///< the outermost object of a file of faults alone
+};
+
+/// What the value of a field may be.
+enum class PlantFieldKind : quint8
+{
+    Number, ///< a number in the field's unit, or a text of a number and that unit, which may have a prefix
+    Integer,
+    Bool,
+    Text,
+    Choice, ///< one of the texts in PlantField::choices
+    Object,
+    Objects, ///< a list
+    ObjectOrObjects, ///< one for all, or a list
+};
+
+/// One field of one kind of object: what the reader checks by, and what the reference says. Plain data.
+struct PlantField
+{
+    /// Stands for a value that is made of other values, or for none.
+    static constexpr double NoFallback = std::numeric_limits<double>::quiet_NaN();
+
+    PlantObjectKind owner;
+    const char *name;
+    PlantFieldKind kind;
+    bool isRequired;
+    const char *unit; ///< of a Number, UTF-8; empty for a plain one
+    double least; ///< of a Number or Integer
+    bool isLeastAllowed; ///< whether `least` itself is allowed
+    double most; ///< of a Number or Integer, itself allowed
+    double fallback; ///< of a Number, Integer or Bool that is left out, or NoFallback
+    const char *fallbackText; ///< says what holds when the field is left out; empty when `fallback` says it
+    const char *choices; ///< of a Choice, with "|" between; the first holds when the field is left out
+    PlantObjectKind element; ///< of an Object, Objects or ObjectOrObjects
+    const char *description; ///< a sentence without its full stop
+};
+
+/// The fields of all kinds of object: by kind, and within a kind in the order of the reference.
+class PlantSchema
+{
+public:
+    static const PlantField *begin();
+    static const PlantField *end();
+
+    /// Null when objects of that kind have no such field.
+    static const PlantField *find(PlantObjectKind owner, const QString &name);
+
+    /// "module"
+    static QString kindName(PlantObjectKind kind);
+    /// What an object of that kind is, in a sentence or two.
+    static QString kindDescription(PlantObjectKind kind);
+
+    /// What a field takes: "a voltage"... as a clause: `above 0 to 100000 V: a number, or a text such as "1.5 kV"`.
+    static QString allowed(const PlantField &field);
+};
+
+/// The most channels that a plant may have.
+constexpr int MostPlantChannels = 200000;
+
+} // namespace simulator
