@@ -58,21 +58,20 @@ QString ClosingTest::closeOnceWhile(const QString &script, bool sleeps)
     return wrong;
 }
 
-QString ClosingTest::closeWhile(const QString &script, bool sleeps)
+QString ClosingTest::closeWhile(const QString &script, bool sleeps, int rounds)
 {
     const qint64 before = process_census::residentKiB();
-    const int cycles = ClosingLimits::cycles();
     longestClose = 0;
     lateEnds = 0;
-    for (int i = 0; i < cycles; ++i) {
+    for (int i = 0; i < rounds; ++i) {
         const QString wrong = closeOnceWhile(script, sleeps && i % 2 == 1);
         if (!wrong.isEmpty())
-            return QStringLiteral("cycle %1: %2").arg(i).arg(wrong.right(2000));
+            return QStringLiteral("round %1: %2").arg(i).arg(wrong.right(2000));
     }
-    qInfo("%.1f KiB a cycle, closed in %lld ms at most, %d of %d ended later",
-          double(process_census::residentKiB() - before) / cycles, static_cast<long long>(longestClose),
-          lateEnds, cycles);
-    if (lateEnds == cycles)
+    qInfo("%.1f KiB a round, closed in %lld ms at most, %d of %d ended later",
+          double(process_census::residentKiB() - before) / rounds, static_cast<long long>(longestClose),
+          lateEnds, rounds);
+    if (lateEnds == rounds)
         return QStringLiteral("never ended in time");
     return whatIsLeft();
 }

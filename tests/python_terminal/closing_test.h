@@ -12,14 +12,14 @@ public:
     /// Goes once through everything, so that what the toolkit and Python keep for good is there already.
     QString prepare();
 
-    /// Runs the script up to where it prints "reached" and closes the tool there, as often as the limits say; every
+    /// Runs the script up to where it prints "reached" and closes the tool there, in so many rounds; every
     /// time, the tool that is opened next evaluates. `sleeps`: the script then waits for something, and on every other
     /// time the tool is closed when it does.
     ///
     /// On a machine that has much else to do an interpreter may need longer than the tool waits for it. It then must end
     /// by itself soon, and not every time.
-    QString closeWhile(const QString &script, bool sleeps);
-    /// The same with one cycle.
+    QString closeWhile(const QString &script, bool sleeps, int rounds);
+    /// The same in one round, without a look at what is left.
     QString closeOnceWhile(const QString &script, bool sleeps);
     /// Nothing of a tool is left that was not there at first, and the next one works.
     QString whatIsLeft();

@@ -11,13 +11,16 @@
 class TerminalPythonConsole;
 class TerminalWidgetPython;
 
-/// How often a state is gone through, and how long a close may take. A check of every change goes through each state a
-/// few times; CLOSING_CYCLES=50 in the environment takes a quarter of an hour, and more under sanitizers. These slow
-/// Python down by a factor, which the time takes into account.
+/// How often a state is gone through, and how long a close may take.
 struct ClosingLimits
 {
-    static int cycles(); ///< CLOSING_CYCLES of the environment asks for another number
-    static qint64 closeTime(); ///< ms
+    /// Of each state that a tool is known to be closed in.
+    static constexpr int rounds() { return 50; }
+    /// Of each further form of such a state. CLOSING_CYCLES of the environment asks for more: all of them fifty times
+    /// take a quarter of an hour, and more under sanitizers.
+    static int variantRounds();
+    /// In ms. Sanitizers slow Python down by a factor, which is taken into account.
+    static qint64 closeTime();
 };
 
 /// The host's side of a Python terminal, and one such tool that can be opened and closed.

@@ -110,7 +110,7 @@ void TestClosingLongCalls::leftToItself()
 {
     QFETCH(QString, library);
     OpenPythonTool &tool = test->openTool();
-    for (int i = 0; i < ClosingLimits::cycles(); ++i) {
+    for (int i = 0; i < ClosingLimits::variantRounds(); ++i) {
         LongCall call;
         QVERIFY(tool.open());
         QVERIFY(tool.run(call.script(library, QStringLiteral("orbClient.setDebugLevel(1)"))));
@@ -155,7 +155,7 @@ void TestClosingLongCalls::signalsAreBlocked()
 void TestClosingLongCalls::isAskedAgainAndAgain()
 {
     OpenPythonTool &tool = test->openTool();
-    for (int i = 0; i < ClosingLimits::cycles() / 5 + 1; ++i) {
+    for (int i = 0; i < ClosingLimits::variantRounds(); ++i) {
         LongCall call;
         QVERIFY(tool.open());
         QVERIFY(tool.run(call.script(QStringLiteral("CDLL"), QStringLiteral("time.sleep(60)"))));
@@ -198,7 +198,7 @@ void TestClosingLongCalls::theProgramEnds_data()
 void TestClosingLongCalls::theProgramEnds()
 {
     QFETCH(QString, script);
-    for (int i = 0; i < ClosingLimits::cycles() / 10 + 1; ++i) {
+    for (int i = 0; i < ClosingLimits::variantRounds() / 2; ++i) {
         QProcess program;
         program.setProcessChannelMode(QProcess::MergedChannels);
         program.start(QCoreApplication::applicationFilePath(), {leaveArgument, script});

@@ -58,21 +58,21 @@ void TestClosingMixed::statesAtRandom()
     qInfo("seed %u", seed);
     std::mt19937 random(seed);
     std::uniform_int_distribution<std::size_t> choice(0, scripts.size() - 1);
-    const int cycles = ClosingLimits::cycles() * 6;
+    const int rounds = ClosingLimits::variantRounds() * 15;
     qint64 before = 0;
-    for (int i = 0; i < cycles; ++i) {
+    for (int i = 0; i < rounds; ++i) {
         // The first tenth loads what Python then keeps.
-        if (i == cycles / 10)
+        if (i == rounds / 10)
             before = process_census::residentKiB();
         const char *script = scripts.at(choice(random));
         const QString wrong = test.closeOnceWhile(QString::fromLatin1(script), false);
         QVERIFY2(wrong.isEmpty(),
-                 qPrintable(QStringLiteral("seed %1, cycle %2, %3: %4")
+                 qPrintable(QStringLiteral("seed %1, round %2, %3: %4")
                                 .arg(seed)
                                 .arg(i)
                                 .arg(QString::fromLatin1(script), wrong.right(2000))));
     }
-    qInfo("%.1f KiB a cycle", double(process_census::residentKiB() - before) / (cycles - cycles / 10));
+    qInfo("%.1f KiB a round", double(process_census::residentKiB() - before) / (rounds - rounds / 10));
     QCOMPARE(test.whatIsLeft(), QString());
 }
 

@@ -11,6 +11,25 @@
 #include <array>
 #include <memory>
 
+namespace
+{
+
+/// Says what every round left of the process' memory.
+class RoundsMemory
+{
+public:
+    explicit RoundsMemory(int count) : rounds(count) { }
+    ~RoundsMemory() { qInfo("%.1f KiB a round", double(process_census::residentKiB() - before) / rounds); }
+    RoundsMemory(const RoundsMemory &) = delete;
+    RoundsMemory &operator=(const RoundsMemory &) = delete;
+
+private:
+    int rounds;
+    qint64 before = process_census::residentKiB();
+};
+
+} // namespace
+
 /// Closing while the interpreter starts, tools side by side, and what is left of a tool whose interpreter has ended.
 class TestClosingStarts : public QObject
 {
@@ -47,6 +66,7 @@ void TestClosingStarts::immediateOpenAndClose()
 {
     OpenPythonTool &tool = test->openTool();
     constexpr int Times = 100;
+    const RoundsMemory memory(Times);
     for (int i = 0; i < Times; ++i) {
         tool.openAtOnce();
         const qint64 time = tool.close();
@@ -67,7 +87,8 @@ void TestClosingStarts::closeDuringTheStart()
 {
     QFETCH(int, milliseconds);
     OpenPythonTool &tool = test->openTool();
-    for (int i = 0; i < ClosingLimits::cycles(); ++i) {
+    const RoundsMemory memory(ClosingLimits::rounds());
+    for (int i = 0; i < ClosingLimits::rounds(); ++i) {
         QElapsedTimer timer;
         timer.start();
         tool.openAtOnce();
@@ -83,7 +104,8 @@ void TestClosingStarts::closeDuringTheStart()
 void TestClosingStarts::closeAtEveryStepOfTheStart()
 {
     OpenPythonTool &tool = test->openTool();
-    for (int i = 0; i < ClosingLimits::cycles(); ++i) {
+    const RoundsMemory memory(ClosingLimits::rounds());
+    for (int i = 0; i < ClosingLimits::rounds(); ++i) {
         tool.openAtOnce();
         for (int events = 0; events < i; ++events)
             QCoreApplication::processEvents(QEventLoop::AllEvents, 1);
@@ -96,7 +118,8 @@ void TestClosingStarts::closeAtEveryStepOfTheStart()
 void TestClosingStarts::twoAtOnce()
 {
     OpenPythonTool &first = test->openTool();
-    for (int i = 0; i < ClosingLimits::cycles(); ++i) {
+    const RoundsMemory memory(ClosingLimits::rounds());
+    for (int i = 0; i < ClosingLimits::rounds(); ++i) {
         OpenPythonTool second;
         QVERIFY(first.open());
         QVERIFY(!second.open());
@@ -146,7 +169,8 @@ void TestClosingStarts::aSecondOneDisturbsNothing()
 /// Whoever comes first has it; nobody hangs, and the others report.
 void TestClosingStarts::severalAtOnceInOneGo()
 {
-    for (int i = 0; i < ClosingLimits::cycles(); ++i) {
+    const RoundsMemory memory(ClosingLimits::rounds());
+    for (int i = 0; i < ClosingLimits::rounds(); ++i) {
         constexpr int Count = 5;
         // On a busy machine the one before may have been left to itself, and then ends by itself.
         QTRY_VERIFY(qApp->findChildren<AbandonedWorker *>().isEmpty());
@@ -180,7 +204,7 @@ void TestClosingStarts::stoppedByTheHost()
 {
     QFETCH(QString, script);
     OpenPythonTool &tool = test->openTool();
-    for (int i = 0; i < ClosingLimits::cycles(); ++i) {
+    for (int i = 0; i < ClosingLimits::variantRounds(); ++i) {
         QVERIFY(tool.open());
         QVERIFY(tool.run(script));
         QVERIFY(tool.stop() < ClosingLimits::closeTime());
@@ -236,7 +260,7 @@ void TestClosingStarts::whenPythonCannotStart()
 {
     OpenPythonTool &owner = test->openTool();
     QVERIFY(owner.open());
-    for (int i = 0; i < ClosingLimits::cycles(); ++i) {
+    for (int i = 0; i < ClosingLimits::variantRounds(); ++i) {
         OpenPythonTool tool;
         QVERIFY(!tool.open());
         QTest::keyClicks(tool.console(), QStringLiteral("1+1"));
