@@ -308,6 +308,29 @@ says "FAILED: Building (preset asan"
 says_not "ctest was called"
 ends_with "0 passed, 1 failed"
 
+begin_with_packages "packing"
+fake cmake 'exit 0'
+fake cpack 'echo "$@" >"$HOME/what-ran"'
+fake find 'echo build/run/package/it.deb'
+run package
+returns 0
+ends_with "==> The package is build/run/package/it.deb"
+[[ $(cat "$scratch/home/what-ran") == "-G DEB "*"/build/run/"* ]] || complain "a package of the run build expected"
+
+begin_with_packages "packing fails"
+fake cmake 'exit 0'
+fake cpack 'echo "no room"; exit 1'
+run package
+returns 1
+says "no room"
+says "FAILED: Packing"
+says_not "The package is"
+
+begin_with_packages "a package that is not asked for properly"
+run package --quick
+returns 2
+says "Usage:"
+
 begin_with_packages "all tests pass"
 fake cmake 'exit 0'
 fake ctest 'echo "$*"; echo "100% tests passed, 0 tests failed out of 7"'

@@ -1,0 +1,41 @@
+#!/usr/bin/env bash
+# What run_page.sh makes of a page.
+# shellcheck disable=SC2016 # the pages' shells expand what stands in single quotes
+set -euo pipefail
+
+run_page=$(dirname "${BASH_SOURCE[0]}")/run_page.sh
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+mkdir "$scratch/folder"
+failures=0
+
+# page NAME STATUS OUTPUT LINE...: a page of these lines ends so, and says the output.
+page() {
+    local name=$1 expected=$2 says=$3 status=0 output
+    shift 3
+    printf '%s\n' "$@" >"$scratch/page.md"
+    output=$(bash "$run_page" "$scratch/page.md" "$scratch/folder" "$scratch/home" 2>&1) || status=$?
+    if [[ $status != "$expected" || $output != *"$says"* ]]; then
+        failures=$((failures + 1))
+        printf 'FAILED: %s: exit code %s and "%s" expected; exit code %s:\n%s\n' \
+            "$name" "$expected" "$says" "$status" "$output"
+    fi
+}
+
+page "a command" 0 "hello 5" Text. '```sh' 'echo hello $((2 + 3))' '```'
+page "every block" 0 "2 blocks" '```sh' true '```' and '```sh' true '```'
+page "not a command" 1 "no block" '```console' '# false' '```' '```text' '```' '```' sh '```'
+page "a command that fails" 1 "page.md:4, exit code 1" Text. '' '```sh' false '```'
+page "one before the last that fails" 1 "page.md:2, exit code 3" '```sh' '(exit 3)' true '```'
+page "a pipe that breaks" 1 "page.md:2" '```sh' 'false | cat' '```'
+page "a variable without a value" 1 "page.md:2" '```sh' 'echo "$nothing"' '```'
+page "what follows a failure" 1 "page.md:2" '```sh' false '```' '```sh' 'touch ran' '```'
+if [[ -e $scratch/folder/ran ]]; then
+    failures=$((failures + 1))
+    echo "FAILED: what follows a failure was run"
+fi
+page "each block from the same folder" 0 "here: $scratch/folder" '```sh' 'cd /' '```' '```sh' 'echo "here: $PWD"' '```'
+page "a home of its own" 0 "home: $scratch/home" '```sh' 'echo "home: $HOME"' '```'
+page "nobody types answers" 0 "end of input" '```sh' 'read -r line || echo "end of input"' '```'
+
+((failures == 0))
