@@ -11,7 +11,8 @@ namespace simulator
 {
 
 /// Does jobs one after the other on a thread of its own, each no earlier than its delay after it was posted, and
-/// always in the order in which they were posted. What is not yet begun when the queue is stopped is dropped.
+/// always in the order in which they were posted. Besides it has one alarm, which waits for none of the jobs but the one
+/// under way. What is not yet begun when the queue is stopped is dropped.
 class AnswerQueue
 {
 public:
@@ -24,6 +25,10 @@ public:
 
     void post(std::chrono::milliseconds delay, Job job);
 
+    /// Does a job at that time, instead of an earlier one that the alarm was set for and that has not begun. Not for the
+    /// latest time of all.
+    void setAlarm(std::chrono::steady_clock::time_point when, Job job);
+
     /// Waits for the job under way. Never called by a job.
     void stop();
 
@@ -34,11 +39,14 @@ private:
         Job job;
     };
 
+    static constexpr auto Never = std::chrono::steady_clock::time_point::max();
+
     void run();
 
     std::mutex mutex;
     std::condition_variable changed;
     std::deque<Entry> entries;
+    Entry alarm{Never, {}};
     bool stopped = false;
     std::thread worker; // the last member: it uses the others as soon as it exists
 };

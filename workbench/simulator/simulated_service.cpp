@@ -1,7 +1,8 @@
 #include "workbench/simulator/simulated_service.h"
 
 #include "hostclient/orb_log_message.h"
-#include "workbench/simulator/answer_text.h"
+#include "workbench/simulator/moment_clock.h"
+#include "workbench/simulator/pass_through_text.h"
 #include "workbench/simulator/real_clock.h"
 #include "workbench/simulator/refusal_text.h"
 #include "workbench/simulator/request_parser.h"
@@ -25,6 +26,11 @@ ObjectAddress placeOf(const OrbItemId &id)
     return {id.type, id.line, id.address, id.channel};
 }
 
+bool isOfController(const Fault &fault)
+{
+    return faultLevel(fault.kind) == OrbItemId::System;
+}
+
 // Why nothing can be done with a connection; Success when it can.
 TarnResult usability(const Connection *connection)
 {
@@ -35,12 +41,50 @@ TarnResult usability(const Connection *connection)
 
 } // namespace
 
+/// The plant, locked and come to the clock's time. Whatever happened until then is on its way to the listener when the
+/// visit ends.
+class SimulatedService::Visit
+{
+public:
+    explicit Visit(const SimulatedService &visited)
+        : service(visited), lock(visited.plantMutex), now(visited.clock->now())
+    {
+        service.transport.comeTo(now);
+    }
+    ~Visit()
+    {
+        std::vector<AnswerNotice> notices = service.transport.takeNotices();
+        if (notices.empty())
+            return;
+        service.answers.post(std::chrono::milliseconds(0), [&told = service, notices = std::move(notices)] {
+            for (const AnswerNotice &notice : notices)
+                told.tell(notice);
+        });
+    }
+    Visit(const Visit &) = delete;
+    Visit &operator=(const Visit &) = delete;
+
+private:
+    const SimulatedService &service;
+    const Guard lock;
+
+public:
+    const double now; ///< s on the plant's clock
+};
+
 SimulatedService::SimulatedService() : SimulatedService(std::make_shared<RealClock>()) { }
 
 SimulatedService::SimulatedService(std::shared_ptr<const SimulationClock> plantClock,
                                    const PlantLayout &layout)
-    : clock(std::move(plantClock)), connections(layout.controllers)
-{ }
+    : clock(std::move(plantClock)),
+      run(layout.seed),
+      connections(layout.controllers, run),
+      faults(connections, run, layout.faults),
+      transport(connections, run.journal, layout, clock->startedAt(),
+                [this](double time) { run.queue.runUntil(time); })
+{
+    setAlarm();
+}
 
 SimulatedService::~SimulatedService()
 {
@@ -61,17 +105,12 @@ std::chrono::milliseconds SimulatedService::latency() const
 bool SimulatedService::setControllerAvailable(const QString &name, bool available)
 {
     {
-        const Guard lock(plantMutex);
+        const Visit visit(*this);
         Controller *const controller = connections.controller(name);
         if (controller == nullptr)
             return false;
-        if (controller->isAvailable() == available)
+        if (!transport.setAvailable(*controller, available, visit.now))
             return true;
-        controller->setAvailable(available);
-        JournalEntry entry;
-        entry.kind = available ? JournalEntry::ControllerCame : JournalEntry::ControllerLeft;
-        entry.controller = controller->connectionName();
-        enter(entry);
     }
     notifyStructureChanged();
     return true;
@@ -79,7 +118,7 @@ bool SimulatedService::setControllerAvailable(const QString &name, bool availabl
 
 bool SimulatedService::isControllerAvailable(const QString &name) const
 {
-    const Guard lock(plantMutex);
+    const Visit visit(*this);
     const Controller *const controller = connections.controller(name);
     return controller != nullptr && controller->isAvailable();
 }
@@ -87,7 +126,7 @@ bool SimulatedService::isControllerAvailable(const QString &name) const
 QVector<QPair<QString, QString>> SimulatedService::allControllers() const
 {
     QVector<QPair<QString, QString>> result;
-    const Guard lock(plantMutex);
+    const Visit visit(*this);
     for (const auto &controller : connections.controllers())
         result.append({controller->connectionName(), controller->displayText()});
     return result;
@@ -95,66 +134,69 @@ QVector<QPair<QString, QString>> SimulatedService::allControllers() const
 
 QVector<JournalEntry> SimulatedService::journal(quint64 from, int most)
 {
-    const Guard lock(plantMutex);
-    return journalEntries.from(from, most);
+    const Visit visit(*this);
+    return run.journal.from(from, most);
 }
 
 quint64 SimulatedService::nextJournalNumber()
 {
-    const Guard lock(plantMutex);
-    return journalEntries.nextNumber();
+    const Visit visit(*this);
+    return run.journal.nextNumber();
 }
 
 bool SimulatedService::channelSnapshot(const QString &controller, const ObjectAddress &channel,
                                        ChannelSnapshot &snapshot)
 {
-    const Guard lock(plantMutex);
+    const Visit visit(*this);
     Controller *const target = connections.controller(controller);
     if (target == nullptr || channel.level != OrbItemId::Channel || !target->hasObject(channel))
         return false;
-    snapshot = target->channelSnapshot(channel, clock->now());
+    snapshot = target->channelSnapshot(channel, visit.now);
     return true;
 }
 
 TarnResult SimulatedService::cause(const Fault &fault)
 {
-    if (fault.kind != FaultKind::Disconnect)
-        return TarnResult::Failed;
-    return setControllerAvailable(fault.controller, false) ? TarnResult::Success : TarnResult::NoData;
+    TarnResult result = TarnResult::Failed;
+    {
+        const Visit visit(*this);
+        result = isOfController(fault) ? transport.cause(fault, visit.now) : faults.cause(fault, visit.now);
+    }
+    setAlarm();
+    return result;
 }
 
 TarnResult SimulatedService::mend(const Fault &fault)
 {
-    if (fault.kind != FaultKind::Disconnect)
-        return TarnResult::Failed;
-    return setControllerAvailable(fault.controller, true) ? TarnResult::Success : TarnResult::NoData;
+    const Visit visit(*this);
+    return isOfController(fault) ? transport.mend(fault, visit.now) : faults.mend(fault, visit.now);
 }
 
 TarnResult SimulatedService::injectPassThroughMessage(const QString &connectionName,
                                                       const OrbRequestItem &request)
 {
-    return onConnection(connectionName, [&request](Connection &connection) {
+    return onConnection(connectionName, [&request](Connection &connection, double /*now*/) {
         return connection.passThrough.inject(request);
     });
 }
 
 QString SimulatedService::connectionScript(const QString &connectionName) const
 {
-    const Guard lock(plantMutex);
+    const Visit visit(*this);
     const Connection *const connection = connections.find(connectionName);
     return connection == nullptr ? QString() : connection->script.name;
 }
 
 QVector<OrbItemValue> SimulatedService::takeSentPassThroughMessages(const QString &connectionName)
 {
-    const Guard lock(plantMutex);
+    const Visit visit(*this);
     Connection *const connection = connections.find(connectionName);
     return connection == nullptr ? QVector<OrbItemValue>() : connection->passThrough.takeSent();
 }
 
 QString SimulatedService::passThroughScript(const QString &connectionName) const
 {
-    const Guard lock(plantMutex);
+    const Visit visit(*this);
     const Connection *const connection = connections.find(connectionName);
     return connection == nullptr ? QString() : connection->passThrough.scriptName();
 }
@@ -182,7 +224,7 @@ TarnResult SimulatedService::open(const QString &connectionName, const QString &
 {
     OrbItemId id(OrbItemId::System);
     {
-        const Guard lock(plantMutex);
+        const Visit visit(*this);
         const TarnResult result = connections.open(connectionName, address, script);
         if (result != TarnResult::Success)
             return result;
@@ -198,12 +240,13 @@ TarnResult SimulatedService::closeConnection(const QString &connectionName)
 {
     OrbItemId id(OrbItemId::System);
     {
-        const Guard lock(plantMutex);
+        const Visit visit(*this);
         Connection *const connection = connections.find(connectionName);
         if (connection == nullptr)
             return TarnResult::NoData;
         if (!connection->isOpen)
             return TarnResult::NotConnected;
+        transport.dropConnection(*connection, visit.now);
         connection->isOpen = false;
         connection->passThrough.end();
         id.connectionName = connection->name;
@@ -216,20 +259,20 @@ TarnResult SimulatedService::closeConnection(const QString &connectionName)
 
 QVector<QPair<QString, QString>> SimulatedService::controllers() const
 {
-    const Guard lock(plantMutex);
+    const Visit visit(*this);
     return connections.usable();
 }
 
 int SimulatedService::connectionIndex(const QString &connectionName) const
 {
-    const Guard lock(plantMutex);
-    const Connection *const connection = usableConnection(connectionName);
-    return connection == nullptr ? -1 : connections.indexOf(*connection);
+    const Visit visit(*this);
+    const Connection *const connection = connections.find(connectionName);
+    return usability(connection) == TarnResult::Success ? connections.indexOf(*connection) : -1;
 }
 
 bool SimulatedService::isLocal(const QString &connectionName) const
 {
-    const Guard lock(plantMutex);
+    const Visit visit(*this);
     const Connection *const connection = connections.find(connectionName);
     return connection != nullptr && connection->controller->isLocal()
         && connection->name == connection->controller->connectionName();
@@ -238,7 +281,7 @@ bool SimulatedService::isLocal(const QString &connectionName) const
 bool SimulatedService::crates(const QString &connectionName, QVector<OrbItemId> &ids) const
 {
     ids.clear();
-    const auto list = [this, &ids](const Connection &connection) {
+    const auto list = [this, &ids](const Connection &connection, double /*now*/) {
         ids = connections.identifiers(connection, connection.controller->crates());
         return TarnResult::Success;
     };
@@ -248,7 +291,7 @@ bool SimulatedService::crates(const QString &connectionName, QVector<OrbItemId> 
 bool SimulatedService::modules(const QString &connectionName, QVector<OrbItemId> &ids) const
 {
     ids.clear();
-    const auto list = [this, &ids](const Connection &connection) {
+    const auto list = [this, &ids](const Connection &connection, double /*now*/) {
         ids = connections.identifiers(connection, connection.controller->modules());
         return TarnResult::Success;
     };
@@ -258,7 +301,7 @@ bool SimulatedService::modules(const QString &connectionName, QVector<OrbItemId>
 bool SimulatedService::crateModules(const OrbItemId &crate, QVector<OrbItemId> &ids) const
 {
     ids.clear();
-    const auto list = [this, &crate, &ids](const Connection &connection) {
+    const auto list = [this, &crate, &ids](const Connection &connection, double /*now*/) {
         QVector<ObjectAddress> found;
         if (crate.type != OrbItemId::Crate
             || !connection.controller->crateModules(crate.line, crate.address, found))
@@ -276,7 +319,7 @@ bool SimulatedService::itemNames(const OrbItemId &id, bool writableOnly, QVector
     if (items == nullptr)
         return false;
     if (!id.connectionName.isEmpty() || id.connection >= 0) {
-        const Guard lock(plantMutex);
+        const Visit visit(*this);
         const Connection *const connection = connections.find(id);
         if (connection == nullptr || !connection->isUsable())
             return false;
@@ -287,56 +330,52 @@ bool SimulatedService::itemNames(const OrbItemId &id, bool writableOnly, QVector
 
 TarnResult SimulatedService::readItem(const OrbItemId &id, OrbItemReading &reading)
 {
-    return onConnection(id, [this, &id, &reading](const Connection &connection) {
-        return connections.read(connection, placeOf(id), id.itemName, *clock, reading);
+    return onConnection(id, [this, &id, &reading](const Connection &connection, double now) {
+        return connections.read(connection, placeOf(id), id.itemName, MomentClock(now, clock->startedAt()),
+                                reading);
     });
 }
 
 TarnResult SimulatedService::writeItem(const OrbItemId &id, const QString &value)
 {
-    return write(id, placeOf(id), value, QString(), 0);
+    AnswerNotice changed;
+    const TarnResult result = onConnection(id, [&](const Connection &connection, double now) {
+        return transport.write(connection, id, value, {}, 0, now, changed);
+    });
+    if (result == TarnResult::Success)
+        tell(changed);
+    return result;
 }
 
 bool SimulatedService::rawRequest(const QString &controller, const QString &request, QString &reply)
 {
     reply.clear();
-    QString connectionName;
-    {
-        const Guard lock(plantMutex);
-        const Connection *const connection = usableConnection(controller);
-        if (connection == nullptr)
-            reply = connections.refusalOf(controller);
-        else
-            connectionName = connection->name;
-    }
     QVector<RequestCommand> commands;
-    if (!reply.isEmpty() || !RequestParser::parse(request, commands, reply)) {
+    QString complaint;
+    const bool makesSense = RequestParser::parse(request, commands, complaint);
+    {
+        const Visit visit(*this);
+        const Connection *const connection = connections.find(controller);
+        if (usability(connection) != TarnResult::Success)
+            reply = connections.refusalOf(controller);
+        else if (!makesSense)
+            reply = complaint;
+        else
+            transport.ask(*connection, request, commands, visit.now, latency());
+    }
+    if (!reply.isEmpty()) {
         log(1, QStringLiteral("request to %1 refused: %2").arg(quoted(controller), reply));
         return false;
     }
     log(2, QStringLiteral("request to %1: %2").arg(quoted(controller), request));
-    JournalEntry entry;
-    entry.kind = JournalEntry::Request;
-    entry.controller = connectionName;
-    entry.text = request;
-    quint64 number = 0;
-    {
-        const Guard lock(plantMutex);
-        number = ++lastRequest;
-        entry.request = number;
-        enter(entry);
-    }
-    const double askedAt = clock->now();
     // The last thing here, so that the answer cannot overtake the return by more than the return itself takes.
-    answers.post(latency(), [this, connectionName, commands, number, askedAt] {
-        answer(connectionName, commands, number, askedAt);
-    });
+    setAlarm();
     return true;
 }
 
 TarnResult SimulatedService::activatePassThrough(const QString &connectionName, const QString &scriptName)
 {
-    return onConnection(connectionName, [&scriptName](Connection &connection) {
+    return onConnection(connectionName, [&scriptName](Connection &connection, double /*now*/) {
         connection.passThrough.activate(scriptName);
         return TarnResult::Success;
     });
@@ -344,8 +383,11 @@ TarnResult SimulatedService::activatePassThrough(const QString &connectionName, 
 
 TarnResult SimulatedService::takePassThroughMessage(const QString &connectionName, OrbRequestItem &request)
 {
-    return onConnection(connectionName, [&request](Connection &connection) {
-        return connection.passThrough.takeNext(request);
+    return onConnection(connectionName, [this, &request](Connection &connection, double now) {
+        const TarnResult result = connection.passThrough.takeNext(request);
+        if (result == TarnResult::Success)
+            enterPassThrough(JournalEntry::PassThroughIn, connection, passThroughText(request), now);
+        return result;
     });
 }
 
@@ -353,16 +395,25 @@ TarnResult SimulatedService::takePassThroughMessages(const QString &connectionNa
                                                      QVector<OrbRequestItem> &requests)
 {
     requests.clear();
-    return onConnection(connectionName, [&requests](Connection &connection) {
-        return connection.passThrough.takeAll(requests);
+    return onConnection(connectionName, [this, &requests](Connection &connection, double now) {
+        const TarnResult result = connection.passThrough.takeAll(requests);
+        for (const OrbRequestItem &request : std::as_const(requests))
+            enterPassThrough(JournalEntry::PassThroughIn, connection, passThroughText(request), now);
+        return result;
     });
 }
 
 TarnResult SimulatedService::sendPassThroughMessages(const QString &connectionName,
                                                      const QVector<OrbItemValue> &values)
 {
-    return onConnection(connectionName,
-                        [&values](Connection &connection) { return connection.passThrough.send(values); });
+    return onConnection(connectionName, [this, &values](Connection &connection, double now) {
+        const TarnResult result = connection.passThrough.send(values);
+        if (result != TarnResult::Success)
+            return result;
+        for (const OrbItemValue &value : values)
+            enterPassThrough(JournalEntry::PassThroughOut, connection, passThroughText(value), now);
+        return result;
+    });
 }
 
 TarnResult SimulatedService::setDebugLevel(int level)
@@ -376,109 +427,52 @@ TarnResult SimulatedService::setDebugLevel(int level)
 template <class Name, class Function>
 TarnResult SimulatedService::onConnection(const Name &nameOrId, Function function) const
 {
-    const Guard lock(plantMutex);
+    const Visit visit(*this);
     Connection *const connection = connections.find(nameOrId);
     const TarnResult result = usability(connection);
-    return result == TarnResult::Success ? function(*connection) : result;
+    return result == TarnResult::Success ? function(*connection, visit.now) : result;
 }
 
-Connection *SimulatedService::usableConnection(const QString &name) const
-{
-    Connection *const connection = connections.find(name);
-    return connection != nullptr && connection->isUsable() ? connection : nullptr;
-}
-
-TarnResult SimulatedService::write(const OrbItemId &id, const ObjectAddress &object, const QString &value,
-                                   const QString &unit, quint64 request)
-{
-    OrbItemId changed = id;
-    bool wentAway = false;
-    const TarnResult result = onConnection(id, [&](const Connection &connection) {
-        const TarnResult written = connections.write(connection, object, id.itemName, value, unit, *clock);
-        wentAway = !connection.controller->isAvailable();
-        changed.connectionName = connection.name;
-        changed.connection = connections.indexOf(connection);
-        JournalEntry entry;
-        entry.kind = JournalEntry::Write;
-        entry.result = written;
-        entry.request = request;
-        entry.controller = connection.controller->connectionName();
-        entry.object = object;
-        entry.item = id.itemName;
-        entry.text = unit.isEmpty() ? value : value + QLatin1Char(' ') + unit;
-        enter(entry);
-        return written;
-    });
-    if (result != TarnResult::Success)
-        return result;
-    if (wentAway)
-        notifyStructureChanged();
-    else
-        listeners.call([&changed](OrbBackendListener &listener) { listener.valuesChanged(changed); });
-    return TarnResult::Success;
-}
-
-void SimulatedService::answer(const QString &connectionName, const QVector<RequestCommand> &commands,
-                              quint64 request, double askedAt)
-{
-    QStringList data;
-    TarnResult result = TarnResult::Success;
-    for (const RequestCommand &command : commands) {
-        result = carryOut(connectionName, command, request, data);
-        if (result == TarnResult::NotConnected)
-            return; // went away, maybe in the middle of it
-        if (result != TarnResult::Success)
-            break;
-    }
-    const QString trigger = triggerMessage(result);
-    enterAnswer(connectionName, request, askedAt, trigger);
-    listeners.call([&](OrbBackendListener &listener) { listener.rawMessage(connectionName, trigger); });
-    if (result != TarnResult::Success || data.isEmpty())
-        return;
-    const QString message = dataMessage(data);
-    enterAnswer(connectionName, request, askedAt, message);
-    listeners.call([&](OrbBackendListener &listener) { listener.rawMessage(connectionName, message); });
-}
-
-TarnResult SimulatedService::carryOut(const QString &connectionName, const RequestCommand &command,
-                                      quint64 request, QStringList &data)
-{
-    if (command.kind == RequestCommand::SetItem) {
-        OrbItemId id(command.object.level);
-        id.line = command.object.line;
-        id.address = command.object.address;
-        id.channel = command.object.channel;
-        id.connectionName = connectionName;
-        id.itemName = command.item;
-        return write(id, command.object, command.value, command.unit, request);
-    }
-    OrbItemReading reading;
-    const TarnResult result =
-        onConnection(connectionName, [this, &command, &reading](const Connection &connection) {
-            return connections.read(connection, command.object, command.item, *clock, reading);
-        });
-    if (result == TarnResult::Success)
-        data << dataObject(connectionName, command, reading);
-    return result;
-}
-
-void SimulatedService::enter(JournalEntry entry)
-{
-    entry.time = clock->now();
-    journalEntries.add(std::move(entry));
-}
-
-void SimulatedService::enterAnswer(const QString &connectionName, quint64 request, double askedAt,
-                                   const QString &text)
+void SimulatedService::enterPassThrough(JournalEntry::Kind kind, const Connection &connection,
+                                        const QString &text, double now)
 {
     JournalEntry entry;
-    entry.kind = JournalEntry::Answer;
-    entry.controller = connectionName;
-    entry.request = request;
+    entry.kind = kind;
+    entry.controller = connection.controller->connectionName();
     entry.text = text;
-    entry.delay = clock->now() - askedAt;
+    entry.time = now;
+    run.journal.add(entry);
+}
+
+void SimulatedService::setAlarm()
+{
     const Guard lock(plantMutex);
-    enter(std::move(entry));
+    const auto when = transport.nextLook(clock->now());
+    if (when == AnswerTransport::RealTime::time_point::max())
+        return;
+    answers.setAlarm(when, [this] {
+        {
+            const Visit visit(*this);
+        }
+        setAlarm();
+    });
+}
+
+void SimulatedService::tell(const AnswerNotice &notice) const
+{
+    listeners.call([&notice](OrbBackendListener &listener) {
+        switch (notice.kind) {
+        case AnswerNotice::RawMessage:
+            listener.rawMessage(notice.connection, notice.message);
+            break;
+        case AnswerNotice::ValuesChanged:
+            listener.valuesChanged(notice.id);
+            break;
+        case AnswerNotice::StructureChanged:
+            listener.structureChanged(OrbItemId(OrbItemId::System));
+            break;
+        }
+    });
 }
 
 void SimulatedService::log(int debugLevelNeeded, const QString &text)

@@ -2,13 +2,15 @@
 
 #include "workbench/hostkit/orb_backend.h"
 #include "workbench/simulator/answer_queue.h"
+#include "workbench/simulator/answer_transport.h"
 #include "workbench/simulator/channel_snapshot.h"
 #include "workbench/simulator/connection_table.h"
 #include "workbench/simulator/fault.h"
+#include "workbench/simulator/fault_book.h"
 #include "workbench/simulator/listener_gate.h"
 #include "workbench/simulator/plant_journal.h"
 #include "workbench/simulator/plant_layout.h"
-#include "workbench/simulator/request_command.h"
+#include "workbench/simulator/plant_run.h"
 #include "workbench/simulator/simulation_clock.h"
 
 #include <atomic>
@@ -31,7 +33,7 @@ namespace simulator
 ///   the real system can be rehearsed as it stands. Any login will do. A name that is already open is Failed.
 /// - A connection that a script opens is in the session that the script names, which "Status.sessionId" then reads; a
 ///   script that names none gets a session of its own, as every other connection has.
-/// - A raw request is carried out when its latency is over; that is also when its values are taken. Its commands are
+/// - A raw request is carried out when its latency is over (see AnswerPath for which latency passes on which clock); that is also when its values are taken. Its commands are
 ///   carried out in order up to the first that does not succeed; the one trigger message of a request says how that
 ///   one went, and values read before it are not sent. See answer_text.h for the data.
 /// - A controller that goes away, or a connection that is closed, takes its outstanding requests with it: they are
@@ -52,8 +54,8 @@ public:
     SimulatedService(const SimulatedService &) = delete;
     SimulatedService &operator=(const SimulatedService &) = delete;
 
-    /// Between a raw request and its answer, in real time; 0 or more. Holds for requests from now on. Answers keep the
-    /// order of their requests all the same.
+    /// Between a raw request and its answer, for controllers without a latency of their own; 0 or more. Holds for
+    /// requests from now on. The answers of a controller keep the order of its requests all the same.
     void setLatency(std::chrono::milliseconds latency);
     std::chrono::milliseconds latency() const;
 
@@ -118,33 +120,32 @@ public:
 
 private:
     using Guard = std::lock_guard<std::mutex>;
+    class Visit;
 
     TarnResult open(const QString &connectionName, const QString &address, const ScriptOrigin &script);
-    /// Null when there is none. Expects the plant to be locked; the operations below expect it not to be.
-    Connection *usableConnection(const QString &name) const;
-    /// Calls the function with the connection, locked; or says why there is none to be used.
+    /// Calls the function with the connection and the time in s, in a visit to the plant; or says why there is none to
+    /// be used.
     template <class Name, class Function>
     TarnResult onConnection(const Name &nameOrId, Function function) const;
-    TarnResult write(const OrbItemId &id, const ObjectAddress &object, const QString &value,
-                     const QString &unit, quint64 request);
-    void answer(const QString &connectionName, const QVector<RequestCommand> &commands, quint64 request,
-                double askedAt);
-    TarnResult carryOut(const QString &connectionName, const RequestCommand &command, quint64 request,
-                        QStringList &data);
-    void enter(JournalEntry entry);
-    void enterAnswer(const QString &connectionName, quint64 request, double askedAt, const QString &text);
+    void enterPassThrough(JournalEntry::Kind kind, const Connection &connection, const QString &text,
+                          double now);
+    /// Sees to it that what happens by itself happens, also if nobody looks.
+    void setAlarm();
+    void tell(const AnswerNotice &notice) const;
     void log(int debugLevelNeeded, const QString &text);
     void notifyStructureChanged();
 
     const std::shared_ptr<const SimulationClock> clock;
+    // Time passes in the plant whoever looks at it, and those who only ask do as well.
     mutable std::mutex plantMutex;
-    ConnectionTable connections; // guarded by plantMutex
-    PlantJournal journalEntries; // guarded by plantMutex
-    quint64 lastRequest = 0; // guarded by plantMutex
+    PlantRun run; // guarded by plantMutex, as the next three
+    ConnectionTable connections;
+    FaultBook faults;
+    mutable AnswerTransport transport; // guarded by plantMutex
     std::atomic<qint64> latencyMilliseconds{DefaultLatency.count()};
     std::atomic<int> debugLevel{0};
-    ListenerGate listeners;
-    AnswerQueue answers; // the last member: its thread uses the others
+    mutable ListenerGate listeners;
+    mutable AnswerQueue answers; // the last member: its thread uses the others
 };
 
 } // namespace simulator
