@@ -41,6 +41,8 @@ endif()
 
 # Where an embedded interpreter of ours finds its standard library.
 get_filename_component(TERMINAL_PYTHON_HOME "${Python3_STDLIB}/../.." ABSOLUTE)
+# For those who read the cache, such as tools/package.
+set(TERMINAL_PYTHON_HOME "${TERMINAL_PYTHON_HOME}" CACHE INTERNAL "Prefix of the Python that was found")
 
 add_library(terminal_python_headers INTERFACE)
 target_include_directories(terminal_python_headers SYSTEM INTERFACE ${Python3_INCLUDE_DIRS})

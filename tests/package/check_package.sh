@@ -5,12 +5,12 @@
 # shellcheck disable=SC2016 # $ORIGIN is the loader's
 set -euo pipefail
 
-package=$1
-scratch=$2
-source_dir=$3
-build_dir=$4
-build_type=$5
-python_root=$6
+package=${1:?}
+scratch=${2:?}
+source_dir=${3:?}
+build_dir=${4:?}
+build_type=${5:?}
+python_root=${6:?}
 
 root=$scratch/root
 app=$root/usr/lib/tarn-terminal-workbench
