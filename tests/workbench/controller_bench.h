@@ -17,7 +17,7 @@ class ControllerBench
 {
 public:
     explicit ControllerBench(std::size_t which = 0)
-        : controller(simulator::PlantLayout::rehearsal().controllers[which])
+        : controller(simulator::PlantLayout::rehearsal().controllers[which], run)
     { }
 
     QString text(const simulator::ObjectAddress &object, const char *item)
@@ -56,5 +56,6 @@ public:
     double now = 10;
     simulator::ConnectionView view{QStringLiteral("local"), QStringLiteral("Rehearsal controller"),
                                    QStringLiteral("s"), 1};
+    simulator::PlantRun run;
     simulator::Controller controller;
 };

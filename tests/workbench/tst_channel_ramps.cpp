@@ -41,7 +41,7 @@ void TestChannelRamps::rampsUp()
 {
     QFETCH(double, rampspeed);
     ChannelBench bench;
-    bench.environment.voltageRampspeed = rampspeed;
+    QVERIFY(bench.setModule("Control.voltageRampspeed", QByteArray::number(rampspeed).constData()));
     QVERIFY(bench.set("Control.voltageSet", "1000"));
     QVERIFY(bench.set("Control.on", "1"));
     const double duration = 1000 / (Nominal * rampspeed / 100);
@@ -160,8 +160,7 @@ void TestChannelRamps::rampspeedWhileRamping()
     QVERIFY(bench.set("Control.voltageRampspeedUp", "50"));
     bench.advance(4);
     QVERIFY(isWithin(bench.number("Status.voltageMeasure"), 400, OnePercent));
-    bench.environment.voltageRampspeed = 20;
-    bench.channel.followModuleRampspeed(bench.environment);
+    QVERIFY(bench.setModule("Control.voltageRampspeed", "20"));
     bench.advance(1);
     QVERIFY(isWithin(bench.number("Status.voltageMeasure"), 800, OnePercent));
 }
@@ -170,13 +169,12 @@ void TestChannelRamps::moduleRampspeedReplacesOwn()
 {
     ChannelBench bench;
     QVERIFY(bench.set("Control.voltageRampspeedUp", "50"));
-    bench.environment.voltageRampspeed = 20;
     QCOMPARE(bench.number("Control.voltageRampspeedUp"), 50.0);
-    bench.channel.followModuleRampspeed(bench.environment);
+    QVERIFY(bench.setModule("Control.voltageRampspeed", "20"));
     QCOMPARE(bench.number("Control.voltageRampspeedUp"), 400.0);
     QVERIFY(bench.set("Control.currentRampspeedUp", "1"));
     QCOMPARE(bench.number("Control.currentRampspeedUp"), 1.0);
-    bench.channel.followModuleCurrentRampspeed();
+    QVERIFY(bench.setModule("Control.currentRampspeed", "50"));
     QCOMPARE(bench.number("Control.currentRampspeedUp"), 2.0);
 }
 

@@ -285,8 +285,15 @@ void TestController::warmsUpWithTheLoad()
     QVERIFY(cold > 20 && cold < 35);
     for (qint32 channel = 0; channel < 8; ++channel)
         QVERIFY(bench.ramp({OrbItemId::Channel, 0, 0, channel}, "6000"));
-    bench.now += 60;
-    QVERIFY(bench.number(Module0, "Status.temperature") > cold + 10);
+    bench.now += 10; // where the ramps end
+    const double atTheEnd = bench.number(Module0, "Status.temperature");
+    bench.now += 120; // its time constant
+    const double rise = 25 * 0.4 * 7 / 8; // seven of eight channels at 40 % of their nominal power
+    const double expected = cold + rise * (1 - std::exp(-1));
+    QCOMPARE(atTheEnd, cold);
+    QVERIFY(std::abs(bench.number(Module0, "Status.temperature") - expected) <= 0.01 * rise);
+    bench.now += 3600;
+    QVERIFY(std::abs(bench.number(Module0, "Status.temperature") - (cold + rise)) <= 0.01 * rise);
     QVERIFY(bench.isTrue(Module0, "Status.temperatureGood"));
 }
 

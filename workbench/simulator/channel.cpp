@@ -1,6 +1,6 @@
 #include "workbench/simulator/channel.h"
 
-#include "workbench/simulator/plant_layout.h"
+#include "workbench/simulator/chance.h"
 
 #include <cmath>
 
@@ -18,16 +18,7 @@ constexpr double MilliamperesPerAmpere = 1000;
 constexpr double Percent = 0.01;
 constexpr double SlowestRampspeed = 0.001; // percent of nominal per second
 constexpr double FastestRampspeed = 100;
-
-// What is remembered as an event when it is the case. The end of a ramp, its beginning and a refused input are moments
-// and are raised where they happen.
-constexpr quint32 EventConditions = bit(Condition::ConstantVoltage) | bit(Condition::ConstantCurrent)
-    | bit(Condition::Emergency) | bit(Condition::VoltageRampDown) | bit(Condition::VoltageRampUp)
-    | bit(Condition::VoltageBoundExceeded) | bit(Condition::VoltageBoundLower)
-    | bit(Condition::VoltageBoundUpper) | bit(Condition::CurrentBoundExceeded);
-
-constexpr quint32 ErrorConditions =
-    bit(Condition::Emergency) | bit(Condition::VoltageBoundExceeded) | bit(Condition::CurrentBoundExceeded);
+constexpr double OrdinaryFilterSteps = 64; // for which the layout states the noise
 
 quint8 key(Setting setting)
 {
@@ -36,42 +27,33 @@ quint8 key(Setting setting)
 
 } // namespace
 
-Channel::Channel(double loadOhm, double nominalCurrent) : load(loadOhm), currentSet(nominalCurrent) { }
-
-ItemValue Channel::read(const ItemDefinition &item, const ChannelEnvironment &environment)
+ItemValue Channel::read(const ItemDefinition &item, double now) const
 {
-    settle(environment);
     if (item.source == ItemSource::Quantity)
-        return quantity(static_cast<Quantity>(item.argument), environment);
-    return state.read(item, conditions(environment));
+        return quantity(static_cast<Quantity>(item.argument), now);
+    if (item.source == ItemSource::Setting && item.argument == key(Setting::OutputPolarity))
+        return ItemValue::of(
+            state.settings.value(item.argument, environment().isNegative ? 1.0 : item.number));
+    return state.read(item, conditions());
 }
 
-TarnResult Channel::write(const ItemDefinition &item, const ItemValue &value,
-                          const ChannelEnvironment &environment)
+TarnResult Channel::write(const ItemDefinition &item, const ItemValue &value, double now)
 {
-    if (!environment.isPowered)
+    if (!environment().isPowered)
         return TarnResult::Failed;
-    settle(environment);
     if (item.source == ItemSource::Quantity)
-        return writeQuantity(static_cast<Quantity>(item.argument), value, environment);
-    return state.store(item, value) ? TarnResult::Success : TarnResult::Denied;
+        return writeQuantity(static_cast<Quantity>(item.argument), value, now);
+    if (!state.store(item, value))
+        return TarnResult::Denied;
+    settle(now);
+    return TarnResult::Success;
 }
 
-void Channel::dropOut(const ChannelEnvironment &environment)
+void Channel::followModuleRampspeed(double now)
 {
-    settle(environment);
-    on = false;
-    rampEndPending = false;
-    ramp.jumpTo(0);
-}
-
-void Channel::followModuleRampspeed(const ChannelEnvironment &environment)
-{
-    settle(environment);
     state.settings.remove(key(Setting::VoltageRampspeedUp));
     state.settings.remove(key(Setting::VoltageRampspeedDown));
-    if (ramp.isRampingAt(environment.now))
-        rampTo(ramp.target(), environment);
+    goOnRamping(now);
 }
 
 void Channel::followModuleCurrentRampspeed()
@@ -80,108 +62,72 @@ void Channel::followModuleCurrentRampspeed()
     state.settings.remove(key(Setting::CurrentRampspeedDown));
 }
 
-void Channel::clearEvents(const ChannelEnvironment &environment)
+void Channel::clearEvents(double now)
 {
-    settle(environment);
-    state.latch.clearEvents(); // what still is the case is raised again by the next look
+    state.latch.clearEvents(); // what still is the case is raised again at once
+    settle(now);
 }
 
-void Channel::clearErrors(const ChannelEnvironment &environment)
+void Channel::clearErrors(double now)
 {
-    settle(environment);
     state.latch.clearErrors();
+    arcs = 0;
+    settle(now);
 }
 
-RunningSummary Channel::summary(const ChannelEnvironment &environment)
+ChannelSnapshot Channel::snapshot(double now) const
 {
-    settle(environment);
-    RunningSummary result;
-    result.events = state.latch.eventCount();
-    result.errors = state.latch.errorCount();
-    result.hasError = state.latch.errors() != 0;
-    result.isRamping = ramp.isRampingAt(environment.now);
-    result.isOn = on;
-    result.highestVoltage = voltage(environment.now);
-    result.loadFraction = result.highestVoltage / environment.nominalVoltage;
-    return result;
-}
-
-ChannelSnapshot Channel::snapshot(const ChannelEnvironment &environment)
-{
-    settle(environment);
+    const ChannelEnvironment &module = environment();
     ChannelSnapshot result;
-    result.time = environment.now;
-    result.voltage = voltage(environment.now);
-    result.current = current(environment.now);
+    result.time = now;
+    result.voltage = output.voltage(now);
+    result.current = output.current(now);
     result.voltageSet = voltageSet;
-    result.currentSet = currentSet;
-    result.voltageLimit = environment.nominalVoltage;
-    result.currentLimit = environment.nominalCurrent;
-    result.voltageNominal = environment.nominalVoltage;
-    result.currentNominal = environment.nominalCurrent;
-    result.status = conditions(environment);
+    result.currentSet = output.currentSet();
+    result.voltageLimit = module.voltageLimit;
+    result.currentLimit = module.currentLimit;
+    result.voltageNominal = module.rating.voltage;
+    result.currentNominal = module.rating.current;
+    result.status = conditions();
     result.events = state.latch.events();
     result.errors = state.latch.errors();
     return result;
 }
 
-double Channel::voltage(double now) const
+double Channel::rampspeed(bool up) const
 {
-    const double ramped = ramp.valueAt(now);
-    return load == NoLoad ? ramped : qMin(ramped, currentSet * load);
-}
-
-double Channel::current(double now) const
-{
-    return load == NoLoad ? 0 : voltage(now) / load;
-}
-
-bool Channel::isCurrentLimited(double now) const
-{
-    return load != NoLoad && ramp.valueAt(now) > currentSet * load;
-}
-
-double Channel::rampspeed(bool up, const ChannelEnvironment &environment) const
-{
-    const double nominal = environment.nominalVoltage * Percent; // V in a percent
+    const double nominal = environment().rating.voltage * Percent; // V in a percent
     const SettingStore &settings = state.settings;
     const double own = settings.value(key(up ? Setting::VoltageRampspeedUp : Setting::VoltageRampspeedDown),
-                                      environment.voltageRampspeed * nominal);
+                                      environment().voltageRampspeed * nominal);
     const double slowest = settings.value(key(Setting::VoltageRampspeedMin), SlowestRampspeed * nominal);
     const double fastest = settings.value(key(Setting::VoltageRampspeedMax), FastestRampspeed * nominal);
     return qBound(slowest, own, fastest);
 }
 
-quint32 Channel::conditions(const ChannelEnvironment &environment) const
+double Channel::measured(double value, ChannelQuantity which, double now) const
 {
-    quint32 result = emergency ? bit(Condition::Emergency) : 0;
-    const double now = environment.now;
-    const double volts = voltage(now);
-    const bool ramping = ramp.isRampingAt(now);
-    if (ramping)
-        result |= bit(Condition::VoltageRamping)
-            | bit(ramp.target() > volts ? Condition::VoltageRampUp : Condition::VoltageRampDown);
-    if (!on)
-        return result;
-
-    result |= bit(Condition::On);
-    result |= bit(isCurrentLimited(now) ? Condition::ConstantCurrent : Condition::ConstantVoltage);
-    const double voltageBounds = state.settings.value(key(Setting::VoltageBounds), 0);
-    if (voltageBounds > 0 && !ramping && std::abs(volts - voltageSet) > voltageBounds)
-        result |= bit(Condition::VoltageBoundExceeded)
-            | bit(volts < voltageSet ? Condition::VoltageBoundLower : Condition::VoltageBoundUpper);
-    const double currentBounds = state.settings.value(key(Setting::CurrentBounds), 0);
-    if (currentBounds > 0 && !ramping && std::abs(current(now) - currentSet) > currentBounds)
-        result |= bit(Condition::CurrentBoundExceeded);
-    return result;
+    const ChannelEnvironment &module = environment();
+    if (!module.isPowered)
+        return value;
+    const bool isVoltage = which == Quantity::VoltageMeasure;
+    const MeasurementLayout &layout = module.measurement;
+    double result = value + (isVoltage ? layout.voltageOffset : layout.currentOffset);
+    const double noise = isVoltage ? layout.voltageNoise : layout.currentNoise;
+    if (noise > 0) {
+        // The same for everybody who reads the same sample of the converter.
+        const auto sample = static_cast<quint64>(std::floor(now * module.sampleRate));
+        const quint64 channelKey = chance::mixed(module.chanceKey, host->indexOf(*this));
+        const quint64 sampleKey = chance::mixed(channelKey, 2 * sample + (isVoltage ? 0 : 1));
+        result += noise * std::sqrt(OrdinaryFilterSteps / module.filterSteps) * chance::normal(sampleKey);
+    }
+    const double step = isVoltage ? layout.voltageStep : layout.currentStep;
+    return step > 0 ? std::round(result / step) * step : result;
 }
 
-ItemValue Channel::quantity(ChannelQuantity which, const ChannelEnvironment &environment)
+ItemValue Channel::quantity(ChannelQuantity which, double now) const
 {
-    const double voltageNominal = environment.nominalVoltage;
-    const double currentNominal = environment.nominalCurrent;
-    const double currentPercent = currentNominal * Percent * MilliamperesPerAmpere;
-    const SettingStore &settings = state.settings;
+    const ChannelEnvironment &module = environment();
     switch (which) {
     case Quantity::ClearAll:
     case Quantity::ClearEvents:
@@ -192,114 +138,101 @@ ItemValue Channel::quantity(ChannelQuantity which, const ChannelEnvironment &env
     case Quantity::ErrorCounter:
         return ItemValue::of(static_cast<double>(state.latch.errorCount()));
     case Quantity::RunningState:
-        if (!environment.isPowered)
-            return ItemValue::of(QStringLiteral("disabled"));
-        return ItemValue::of(summary(environment).runningState());
+        return ItemValue::of(module.isPowered ? counts().runningState() : QStringLiteral("disabled"));
     case Quantity::VoltageSet:
         return ItemValue::of(voltageSet);
     case Quantity::VoltageMeasure:
-        return ItemValue::of(voltage(environment.now));
+        return ItemValue::of(measured(output.voltage(now), which, now));
     case Quantity::VoltageLimit:
+        return ItemValue::of(module.voltageLimit);
     case Quantity::VoltageNominal:
-        return ItemValue::of(voltageNominal);
+        return ItemValue::of(module.rating.voltage);
     case Quantity::CurrentSet:
-        return ItemValue::of(currentSet);
+        return ItemValue::of(output.currentSet());
     case Quantity::CurrentMeasure:
-        return ItemValue::of(current(environment.now));
+        return ItemValue::of(measured(output.current(now), which, now));
     case Quantity::CurrentLimit:
+        return ItemValue::of(module.currentLimit);
     case Quantity::CurrentNominal:
-        return ItemValue::of(currentNominal);
+        return ItemValue::of(module.rating.current);
     case Quantity::Emergency:
-        return ItemValue::of(emergency);
+        return ItemValue::of(bool(emergency));
     case Quantity::On:
-        return ItemValue::of(on);
+        return ItemValue::of(bool(on));
     case Quantity::VoltageModeList:
-        return ItemValue::of(QString::number(voltageNominal));
+        return ItemValue::of(QString::number(module.rating.voltage));
     case Quantity::CurrentModeList:
-        return ItemValue::of(QString::number(currentNominal));
+        return ItemValue::of(QString::number(module.rating.current));
     case Quantity::VoltageRampspeedUp:
-        return ItemValue::of(rampspeed(true, environment));
+        return ItemValue::of(rampspeed(true));
     case Quantity::VoltageRampspeedDown:
-        return ItemValue::of(rampspeed(false, environment));
+        return ItemValue::of(rampspeed(false));
     case Quantity::VoltageRampspeedMin:
-        return ItemValue::of(
-            settings.value(key(Setting::VoltageRampspeedMin), SlowestRampspeed * voltageNominal * Percent));
     case Quantity::VoltageRampspeedMax:
-        return ItemValue::of(
-            settings.value(key(Setting::VoltageRampspeedMax), FastestRampspeed * voltageNominal * Percent));
     case Quantity::CurrentRampspeedUp:
-        return ItemValue::of(
-            settings.value(key(Setting::CurrentRampspeedUp), environment.currentRampspeed * currentPercent));
     case Quantity::CurrentRampspeedDown:
-        return ItemValue::of(settings.value(key(Setting::CurrentRampspeedDown),
-                                            environment.currentRampspeed * currentPercent));
     case Quantity::CurrentRampspeedMin:
-        return ItemValue::of(
-            settings.value(key(Setting::CurrentRampspeedMin), SlowestRampspeed * currentPercent));
     case Quantity::CurrentRampspeedMax:
-        return ItemValue::of(
-            settings.value(key(Setting::CurrentRampspeedMax), FastestRampspeed * currentPercent));
+        return ItemValue::of(rampspeedSetting(which));
     }
     return {};
 }
 
-void Channel::settle(const ChannelEnvironment &environment)
+double Channel::rampspeedSetting(ChannelQuantity which) const
 {
-    if (rampEndPending && !ramp.isRampingAt(environment.now)) {
-        rampEndPending = false;
-        state.latch.raiseEvents(bit(Condition::EndOfRamp));
+    const ChannelEnvironment &module = environment();
+    const double voltagePercent = module.rating.voltage * Percent;
+    const double currentPercent = module.rating.current * Percent * MilliamperesPerAmpere;
+    const double current = module.currentRampspeed * currentPercent;
+    const SettingStore &settings = state.settings;
+    switch (which) {
+    case Quantity::VoltageRampspeedMin:
+        return settings.value(key(Setting::VoltageRampspeedMin), SlowestRampspeed * voltagePercent);
+    case Quantity::VoltageRampspeedMax:
+        return settings.value(key(Setting::VoltageRampspeedMax), FastestRampspeed * voltagePercent);
+    case Quantity::CurrentRampspeedUp:
+        return settings.value(key(Setting::CurrentRampspeedUp), current);
+    case Quantity::CurrentRampspeedDown:
+        return settings.value(key(Setting::CurrentRampspeedDown), current);
+    case Quantity::CurrentRampspeedMin:
+        return settings.value(key(Setting::CurrentRampspeedMin), SlowestRampspeed * currentPercent);
+    default:
+        return settings.value(key(Setting::CurrentRampspeedMax), FastestRampspeed * currentPercent);
     }
-    // Between two calls the voltage goes one way only, so whatever was the case in between is so at one of the ends.
-    const quint32 live = conditions(environment);
-    state.latch.raiseEvents(live & EventConditions);
-    state.latch.raiseErrors(live & ErrorConditions);
 }
 
-void Channel::rampTo(double target, const ChannelEnvironment &environment)
-{
-    const double from = voltage(environment.now);
-    if (from == target) {
-        ramp.jumpTo(target);
-        rampEndPending = false;
-        return;
-    }
-    ramp.start(from, target, rampspeed(target > from, environment), environment.now);
-    rampEndPending = true;
-    settle(environment);
-}
-
-TarnResult Channel::writeQuantity(ChannelQuantity which, const ItemValue &value,
-                                  const ChannelEnvironment &environment)
+TarnResult Channel::writeQuantity(ChannelQuantity which, const ItemValue &value, double now)
 {
     switch (which) {
     case Quantity::ClearAll:
     case Quantity::ClearEvents:
     case Quantity::ClearErrors:
         if (value.isTrue() && which != Quantity::ClearErrors)
-            clearEvents(environment);
+            clearEvents(now);
         if (value.isTrue() && which != Quantity::ClearEvents)
-            clearErrors(environment);
+            clearErrors(now);
         return TarnResult::Success;
     case Quantity::VoltageSet:
-        if (value.number < 0 || value.number > environment.nominalVoltage)
-            return refuseInput();
+        if (value.number < 0 || value.number > environment().voltageLimit)
+            return refuseInput(now);
         voltageSet = value.number;
-        if (on && ramp.target() != voltageSet)
-            rampTo(voltageSet, environment);
+        if (on && output.target() != voltageSet)
+            rampTo(voltageSet, now);
+        settle(now);
         return TarnResult::Success;
     case Quantity::CurrentSet:
-        if (value.number < 0 || value.number > environment.nominalCurrent)
-            return refuseInput();
-        currentSet = value.number;
-        settle(environment);
+        if (value.number < 0 || value.number > environment().currentLimit)
+            return refuseInput(now);
+        setCurrent(value.number, now);
         return TarnResult::Success;
     case Quantity::Emergency:
         emergency = value.isTrue();
         if (emergency)
-            dropOut(environment);
+            cutOff(now);
+        settle(now);
         return TarnResult::Success;
     case Quantity::On:
-        return switchOn(value.isTrue(), environment);
+        return switchOn(value.isTrue(), now);
     case Quantity::VoltageRampspeedUp:
     case Quantity::VoltageRampspeedDown:
     case Quantity::VoltageRampspeedMin:
@@ -308,13 +241,13 @@ TarnResult Channel::writeQuantity(ChannelQuantity which, const ItemValue &value,
     case Quantity::CurrentRampspeedDown:
     case Quantity::CurrentRampspeedMin:
     case Quantity::CurrentRampspeedMax:
-        return writeRampspeed(which, value.number, environment);
+        return writeRampspeed(which, value.number, now);
     default:
         return TarnResult::Denied; // the others can only be read
     }
 }
 
-TarnResult Channel::writeRampspeed(ChannelQuantity which, double speed, const ChannelEnvironment &environment)
+TarnResult Channel::writeRampspeed(ChannelQuantity which, double speed, double now)
 {
     struct Row
     {
@@ -345,32 +278,36 @@ TarnResult Channel::writeRampspeed(ChannelQuantity which, double speed, const Ch
         if (row.quantity != which)
             continue;
         // A minimum may go down to any speed above 0, a maximum up to any speed.
-        const bool tooSlow =
-            which == row.atLeast ? speed <= 0 : speed < quantity(row.atLeast, environment).number;
-        const bool tooFast = which != row.atMost && speed > quantity(row.atMost, environment).number;
+        const bool tooSlow = which == row.atLeast ? speed <= 0 : speed < quantity(row.atLeast, now).number;
+        const bool tooFast = which != row.atMost && speed > quantity(row.atMost, now).number;
         if (tooSlow || tooFast)
-            return refuseInput();
+            return refuseInput(now);
         state.settings.set(key(row.setting), speed);
     }
-    if (ramp.isRampingAt(environment.now))
-        rampTo(ramp.target(), environment);
+    goOnRamping(now);
     return TarnResult::Success;
 }
 
-TarnResult Channel::switchOn(bool turnOn, const ChannelEnvironment &environment)
+TarnResult Channel::switchOn(bool turnOn, double now)
 {
-    if (turnOn && emergency)
-        return refuseInput();
-    if (turnOn == on)
+    if (turnOn && !mayBeSwitchedOn())
+        return refuseInput(now);
+    if (turnOn == bool(on))
         return TarnResult::Success;
-    on = turnOn;
-    rampTo(on ? voltageSet : 0, environment);
+    if (turnOn) {
+        on = true;
+        rampTo(voltageSet, now);
+    } else {
+        switchOff(now);
+    }
+    settle(now);
     return TarnResult::Success;
 }
 
-TarnResult Channel::refuseInput()
+TarnResult Channel::refuseInput(double now)
 {
-    state.latch.raiseEvents(bit(Condition::InputError));
+    raise(bit(Condition::InputError), 0, now);
+    settle(now);
     return TarnResult::Failed;
 }
 

@@ -1,92 +1,182 @@
 #pragma once
 
 #include "hostclient/tarn_result.h"
+#include "workbench/simulator/channel_host.h"
 #include "workbench/simulator/channel_items.h"
 #include "workbench/simulator/channel_snapshot.h"
+#include "workbench/simulator/event_queue.h"
+#include "workbench/simulator/fault.h"
 #include "workbench/simulator/item_state.h"
+#include "workbench/simulator/output.h"
 #include "workbench/simulator/running_summary.h"
-#include "workbench/simulator/voltage_ramp.h"
 
 namespace simulator
 {
 
-/// What a channel has in common with the others of its module, and the moment at which it is looked at.
-struct ChannelEnvironment
-{
-    double nominalVoltage; ///< V
-    double nominalCurrent; ///< A
-    double voltageRampspeed; ///< percent of the nominal voltage per second
-    double currentRampspeed; ///< percent of the nominal current per second
-    bool isPowered;
-    double now; ///< s; never before that of an earlier call
-};
-
-/// One output. Its voltage follows from the time that passed since it was last told something, so that a channel
-/// nobody looks at costs nothing.
+/// One output with its settings and its protection. What it does follows from the time that passed; what happens to it
+/// by itself stands in the plant's queue, so that a channel at rest costs nothing. `now` is in s on the plant's clock,
+/// never before that of an earlier call, and everything that was due before it has happened.
 ///
 /// Chosen for the simulation:
-/// - A set value above the limit or below 0 is refused, not cut, and raises "Event.inputError". The limits are the
-///   nominal values: "(Module.Vlimit * Channel.Vnominal) / 100 %" with a Vlimit of 100 %.
+/// - A set value above the limit or below 0 is refused, not cut, and raises "Event.inputError".
 /// - The voltage set value of a channel that is on takes effect at once, from the voltage that is there. The current
-///   set value takes effect without a ramp: the output turns to constant current where the load would draw more.
+///   set value takes effect without a ramp. Voltages and currents are without a sign, whatever the polarity.
 /// - "Control.voltageRampspeedUp" and "...Down" follow the module's ramp speed until they are written; from then on
 ///   they are this channel's own, until the module's is written, which holds for all its channels again. Either way
 ///   the speed stays between "Status.voltageRampspeedMin" and "...Max" (0.001 and 100 % of nominal per second unless
 ///   written). A ramp that is under way goes on with the new speed. The same goes for the current's.
-/// - "Event.endOfRamp" is raised by every ramp that comes to its end, also by the one down to 0.
-/// - Emergency off is an error until it is left and the errors are cleared; "Control.on" is refused meanwhile.
+/// - "Event.endOfRamp" is raised when a ramp has come to its end and the voltage is there, also by the one down to 0. A
+///   voltage that waits for the load to discharge the output still counts as ramping.
+/// - The trip time runs while a channel that is on is in constant current. When it is over, "Status.currentTrip" is true
+///   until the current has left its limit; event and error are raised whatever the action, but for action 4. With
+///   "Control.kill" actions 0 and 1 become 2. It takes another time in constant current to trip again.
+/// - Limits are compared with what is measured, without its noise; since no set value gets above them, it is an offset of
+///   the measurement that exceeds them. With "Control.kill" the channel is then switched off without a ramp.
+/// - While an external inhibit is active and its action is not 0, the channel cannot be switched on. Setting another
+///   action then carries it out.
+/// - A spark takes the voltage to 0 for 5 ms, in which "Status.arc" is true. The fifth since the errors were cleared
+///   raises "Error.arc" and "Event.arcError" and switches the channel off without a ramp. Nothing sparks without voltage.
+/// - Bounds are looked at while the channel is on and not ramping. Emergency off is left by writing false; until then the
+///   channel cannot be switched on.
+/// - Events and errors that are cleared while their cause lasts come back at once.
+/// - "Control.channelEventMask" has a bit for each ChannelCondition; an event whose bit is 0 is raised, but counts only
+///   at the channel. Errors always count.
 /// - Without power every write is refused and the state is "disabled".
 ///
 /// Not locked; the service does that.
-class Channel
+class Channel final : public QueuedEvent
 {
 public:
-    /// `loadOhm` is above 0, or NoLoad.
-    Channel(double loadOhm, double nominalCurrent);
+    static constexpr double ArcDuration = 0.005; // s
+    static constexpr double SparkSpacing = 0.010; // s between the sparks of a fault
+    static constexpr int MostArcs = 5;
 
-    ItemValue read(const ItemDefinition &item, const ChannelEnvironment &environment);
+    /// `channelHost` is not owned and outlives the channel. Only a channel at rest is ever moved.
+    Channel(const LoadLayout &load, ChannelHost &channelHost);
+
+    ItemValue read(const ItemDefinition &item, double now) const;
 
     /// `value` is within the item's own range. Failed when it makes no sense for the channel as it is.
-    TarnResult write(const ItemDefinition &item, const ItemValue &value,
-                     const ChannelEnvironment &environment);
+    TarnResult write(const ItemDefinition &item, const ItemValue &value, double now);
 
     /// Off at once, without a ramp.
-    void dropOut(const ChannelEnvironment &environment);
+    void dropOut(double now);
 
-    /// The module was given another ramp speed.
-    void followModuleRampspeed(const ChannelEnvironment &environment);
+    /// A fault of the channel's level begins or ends.
+    void applyFault(const Fault &fault, bool begins, double now);
+
+    /// The module was given other settings.
+    void followModuleRampspeed(double now);
     void followModuleCurrentRampspeed();
+    void followEnvironment(double now);
 
-    void clearEvents(const ChannelEnvironment &environment);
-    void clearErrors(const ChannelEnvironment &environment);
-    RunningSummary summary(const ChannelEnvironment &environment);
-    ChannelSnapshot snapshot(const ChannelEnvironment &environment);
+    void clearEvents(double now);
+    void clearErrors(double now);
+    ChannelSnapshot snapshot(double now) const;
+
+    bool isOn() const { return on; }
+    double voltage(double now) const { return output.voltage(now); }
+    /// What the output gave when it last turned, in parts of its nominal power.
+    float heat() const { return powerShare; }
+
+protected:
+    void happen(double time) override;
 
 private:
-    double voltage(double now) const;
-    double current(double now) const;
-    bool isCurrentLimited(double now) const;
-    double rampspeed(bool up, const ChannelEnvironment &environment) const;
-    quint32 conditions(const ChannelEnvironment &environment) const;
-    ItemValue quantity(ChannelQuantity which, const ChannelEnvironment &environment);
+    enum class Due : quint8
+    {
+        Nothing,
+        OutputTurns,
+        Trip,
+        ArcEnds,
+        Spark,
+        WatchCrossed,
+    };
 
-    /// Brings events and errors up to date.
-    void settle(const ChannelEnvironment &environment);
-    void rampTo(double target, const ChannelEnvironment &environment);
-    TarnResult writeQuantity(ChannelQuantity which, const ItemValue &value,
-                             const ChannelEnvironment &environment);
-    TarnResult writeRampspeed(ChannelQuantity which, double speed, const ChannelEnvironment &environment);
-    TarnResult switchOn(bool on, const ChannelEnvironment &environment);
-    TarnResult refuseInput();
+    /// Something that is looked out for while time passes.
+    enum Watch : quint8
+    {
+        VoltageLimit,
+        CurrentLimit,
+        UpperVoltageBound,
+        LowerVoltageBound,
+        UpperCurrentBound,
+        LowerCurrentBound,
+        SparkingVoltage,
+        WatchCount
+    };
 
-    const double load; // Ohm
+    struct WatchLevel
+    {
+        bool applies;
+        double level; // V or A
+    };
+
+    const ChannelEnvironment &environment() const { return host->channelEnvironment(); }
+    double rampspeed(bool up) const; // V/s
+    double rampspeedSetting(ChannelQuantity which) const;
+    quint32 conditions() const;
+    ItemValue quantity(ChannelQuantity which, double now) const;
+    double measured(double value, ChannelQuantity which, double now) const;
+    double tripTime() const; // s
+    int setting(ChannelSetting which, int fallback) const;
+
+    /// Does something to the output and enters what came of it.
+    template <class Change>
+    void turn(double now, Change change);
+    /// Brings everything up to date after something has changed.
+    void settle(double now);
+    void protect(double now);
+    void raise(quint32 events, quint32 errors, double now);
+    RunningCounts counts() const;
+    void contribute();
+    void plan(double now);
+
+    WatchLevel watchLevel(Watch watch) const;
+    double timeOfWatch(Watch watch, double now) const;
+    void updateWatches(double now);
+    void followWatch(Watch watch, double now);
+
+    void rampTo(double target, double now);
+    void goOnRamping(double now);
+    void setCurrent(double amperes, double now);
+    void cutOff(double now);
+    void switchOff(double now);
+    void trip(double now);
+    void spark(double now);
+    void startArc(double now);
+    bool mayBeSwitchedOn() const;
+    TarnResult writeQuantity(ChannelQuantity which, const ItemValue &value, double now);
+    TarnResult writeRampspeed(ChannelQuantity which, double speed, double now);
+    TarnResult switchOn(bool turnOn, double now);
+    TarnResult refuseInput(double now);
+
+    ChannelHost *host; // not owned
+    Output output;
     double voltageSet = 0; // V
-    double currentSet; // A
-    VoltageRamp ramp;
+    double limitedSince = 0; // s; while `limited`
+    double arcEnd = 0; // s; while `arcing`
+    double nextSpark = Never; // s; of a fault, or by chance
     ItemState state;
-    bool on = false;
-    bool emergency = false;
-    bool rampEndPending = false;
+    float powerShare = 0;
+    quint32 draws = 0; // of chance
+    quint16 sparksLeft = 0; // of a fault
+    quint8 arcs = 0; // since the errors were cleared
+    quint8 crossed = 0; // bits of Watch
+    Due dueKind = Due::Nothing;
+    quint8 dueDetail = 0; // the turn or the watch
+    // What it contributes to the module.
+    quint8 countedEvents = 0;
+    quint8 countedErrors = 0;
+    bool countedRamping : 1;
+    bool countedOn : 1;
+    bool on : 1;
+    bool emergency : 1;
+    bool rampEndPending : 1;
+    bool limited : 1; // on and in constant current
+    bool tripped : 1;
+    bool inhibited : 1;
+    bool arcing : 1;
 };
 
 } // namespace simulator

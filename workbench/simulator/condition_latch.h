@@ -11,40 +11,32 @@ namespace simulator
 class ConditionLatch
 {
 public:
-    void raiseEvents(quint32 conditions)
+    /// The conditions that were not pending before.
+    quint32 raiseEvents(quint32 conditions)
     {
-        eventCounter += qPopulationCount(conditions & ~pendingEvents);
+        const quint32 added = conditions & ~pendingEvents;
         pendingEvents |= conditions;
+        return added;
     }
 
-    void raiseErrors(quint32 conditions)
+    quint32 raiseErrors(quint32 conditions)
     {
-        errorCounter += qPopulationCount(conditions & ~pendingErrors);
+        const quint32 added = conditions & ~pendingErrors;
         pendingErrors |= conditions;
+        return added;
     }
 
-    void clearEvents()
-    {
-        pendingEvents = 0;
-        eventCounter = 0;
-    }
-
-    void clearErrors()
-    {
-        pendingErrors = 0;
-        errorCounter = 0;
-    }
+    void clearEvents() { pendingEvents = 0; }
+    void clearErrors() { pendingErrors = 0; }
 
     quint32 events() const { return pendingEvents; }
     quint32 errors() const { return pendingErrors; }
-    quint32 eventCount() const { return eventCounter; }
-    quint32 errorCount() const { return errorCounter; }
+    quint32 eventCount() const { return qPopulationCount(pendingEvents); }
+    quint32 errorCount() const { return qPopulationCount(pendingErrors); }
 
 private:
     quint32 pendingEvents = 0;
     quint32 pendingErrors = 0;
-    quint32 eventCounter = 0;
-    quint32 errorCounter = 0;
 };
 
 } // namespace simulator

@@ -9,10 +9,10 @@
 namespace simulator
 {
 
-ConnectionTable::ConnectionTable(const std::vector<ControllerLayout> &layouts)
+ConnectionTable::ConnectionTable(const std::vector<ControllerLayout> &layouts, PlantRun &run)
 {
     for (const ControllerLayout &layout : layouts) {
-        plant.push_back(std::make_unique<Controller>(layout));
+        plant.push_back(std::make_unique<Controller>(layout, run));
         add(layout.connectionName, layout.displayText, *plant.back());
     }
 }

@@ -5,6 +5,7 @@
 #include "workbench/hostkit/orb_backend.h"
 #include "workbench/simulator/controller.h"
 #include "workbench/simulator/pass_through.h"
+#include "workbench/simulator/plant_run.h"
 #include "workbench/simulator/simulation_clock.h"
 
 #include <QPair>
@@ -46,7 +47,8 @@ struct Connection
 class ConnectionTable
 {
 public:
-    explicit ConnectionTable(const std::vector<ControllerLayout> &layouts);
+    /// `run` is not owned and outlives the table.
+    ConnectionTable(const std::vector<ControllerLayout> &layouts, PlantRun &run);
 
     const std::vector<std::unique_ptr<Controller>> &controllers() const { return plant; }
     Controller *controller(const QString &nameOrText) const;

@@ -13,6 +13,12 @@ ObjectAddress deviceAddress(OrbItemId::Type level, quint32 line, quint32 address
     return {level, line, address, -1};
 }
 
+ControllerLayout withoutLines(ControllerLayout layout)
+{
+    layout.lines = {}; // made into objects
+    return layout;
+}
+
 bool isSystem(const ObjectAddress &object)
 {
     return object.level == OrbItemId::System || object.level == OrbItemId::Line;
@@ -20,26 +26,24 @@ bool isSystem(const ObjectAddress &object)
 
 } // namespace
 
-Controller::Controller(const ControllerLayout &controllerLayout) : layout(controllerLayout)
+Controller::Controller(const ControllerLayout &controllerLayout, PlantRun &plantRun)
+    : layout(withoutLines(controllerLayout)), run(plantRun), summary(nullptr)
 {
-    lines.reserve(layout.lines.size());
-    for (const LineLayout &line : layout.lines) {
-        lines.push_back({line.line, {}, {}});
-        lines.back().crates.reserve(line.crates.size());
-        for (const CrateLayout &crateLayout : line.crates)
-            lines.back().crates.emplace_back(crateLayout);
-        lines.back().modules.reserve(line.modules.size());
-        for (const ModuleLayout &moduleLayout : line.modules)
-            lines.back().modules.emplace_back(moduleLayout);
-    }
-    for (Line &line : lines) {
-        for (Crate &crate : line.crates) {
-            crateIndex.insert(placeKey(line.line, crate.address()), &crate);
-            for (Module &module : crate.modules())
-                moduleIndex.insert(placeKey(line.line, module.address()), {&crate, &module});
+    for (const LineLayout &lineLayout : controllerLayout.lines) {
+        lines.emplace_back();
+        Line &line = lines.back();
+        line.line = lineLayout.line;
+        const DevicePlace place{&run, &summary, layout.connectionName, line.line};
+        for (const CrateLayout &crateLayout : lineLayout.crates) {
+            Crate &chassis = line.crates.emplace_back(crateLayout, place);
+            crateIndex.insert(placeKey(line.line, chassis.address()), &chassis);
+            for (Module &inside : chassis.modules())
+                moduleIndex.insert(placeKey(line.line, inside.address()), &inside);
         }
-        for (Module &module : line.modules)
-            moduleIndex.insert(placeKey(line.line, module.address()), {nullptr, &module});
+        for (const ModuleLayout &moduleLayout : lineLayout.modules) {
+            Module &added = line.modules.emplace_back(moduleLayout, place);
+            moduleIndex.insert(placeKey(line.line, added.address()), &added);
+        }
     }
 }
 
@@ -47,8 +51,8 @@ QVector<ObjectAddress> Controller::crates() const
 {
     QVector<ObjectAddress> result;
     for (const Line &line : lines) {
-        for (const Crate &crate : line.crates)
-            result.append(deviceAddress(OrbItemId::Crate, line.line, crate.address()));
+        for (const Crate &chassis : line.crates)
+            result.append(deviceAddress(OrbItemId::Crate, line.line, chassis.address()));
     }
     return result;
 }
@@ -57,12 +61,12 @@ QVector<ObjectAddress> Controller::modules() const
 {
     QVector<ObjectAddress> result;
     for (const Line &line : lines) {
-        for (const Crate &crate : line.crates) {
-            for (const Module &module : crate.modules())
-                result.append(deviceAddress(OrbItemId::Module, line.line, module.address()));
+        for (const Crate &chassis : line.crates) {
+            for (const Module &member : chassis.modules())
+                result.append(deviceAddress(OrbItemId::Module, line.line, member.address()));
         }
-        for (const Module &module : line.modules)
-            result.append(deviceAddress(OrbItemId::Module, line.line, module.address()));
+        for (const Module &member : line.modules)
+            result.append(deviceAddress(OrbItemId::Module, line.line, member.address()));
     }
     return result;
 }
@@ -73,8 +77,8 @@ bool Controller::crateModules(quint32 line, quint32 crateAddress, QVector<Object
     const Crate *found = crateIndex.value(placeKey(line, crateAddress), nullptr);
     if (found == nullptr)
         return false;
-    for (const Module &module : found->modules())
-        result.append(deviceAddress(OrbItemId::Module, line, module.address()));
+    for (const Module &member : found->modules())
+        result.append(deviceAddress(OrbItemId::Module, line, member.address()));
     return true;
 }
 
@@ -108,11 +112,11 @@ bool Controller::hasObject(const ObjectAddress &object) const
     case OrbItemId::Crate:
         return crate(object) != nullptr;
     case OrbItemId::Module:
-        return modulePlace(object).module != nullptr;
+        return module(object) != nullptr;
     case OrbItemId::Channel: {
-        const ModulePlace place = modulePlace(object);
-        return place.module != nullptr && object.channel >= 0
-            && static_cast<std::size_t>(object.channel) < place.module->channelCount();
+        const Module *const found = module(object);
+        return found != nullptr && object.channel >= 0
+            && static_cast<std::size_t>(object.channel) < found->channelCount();
     }
     case OrbItemId::Undefined:
     case OrbItemId::Item:
@@ -124,60 +128,65 @@ bool Controller::hasObject(const ObjectAddress &object) const
 ItemValue Controller::read(const ObjectAddress &object, const ItemDefinition &item,
                            const ConnectionView &view, double now)
 {
+    run.queue.runUntil(now);
     if (isSystem(object)) {
         if (item.source == ItemSource::Quantity
             && static_cast<SystemQuantity>(item.argument) == SystemQuantity::RunningStateOrb)
-            return ItemValue::of(summary(now).runningState());
+            return ItemValue::of(summary.counts().runningState());
         return service.read(item, view, now);
     }
     if (object.level == OrbItemId::Crate)
         return crate(object)->read(item, now);
-    const ModulePlace place = modulePlace(object);
     if (object.level == OrbItemId::Module)
-        return place.module->read(item, place.isPowered(), now);
-    return place.module->readChannel(static_cast<std::size_t>(object.channel), item, place.isPowered(), now);
+        return module(object)->read(item, now);
+    return module(object)->readChannel(static_cast<std::size_t>(object.channel), item, now);
 }
 
 TarnResult Controller::write(const ObjectAddress &object, const ItemDefinition &item, const ItemValue &value,
                              double now)
 {
+    run.queue.runUntil(now);
     if (isSystem(object))
         return writeSystem(item, value, now);
     if (object.level == OrbItemId::Crate)
         return crate(object)->write(item, value, now);
-    const ModulePlace place = modulePlace(object);
     if (object.level == OrbItemId::Module)
-        return place.module->write(item, value, place.isPowered(), now);
-    return place.module->writeChannel(static_cast<std::size_t>(object.channel), item, value,
-                                      place.isPowered(), now);
+        return module(object)->write(item, value, now);
+    return module(object)->writeChannel(static_cast<std::size_t>(object.channel), item, value, now);
+}
+
+void Controller::applyFault(const Fault &fault, bool begins, double now)
+{
+    const ObjectAddress &object = fault.object;
+    switch (faultLevel(fault.kind)) {
+    case OrbItemId::Crate:
+        crate(object)->applyFault(fault, begins, now);
+        break;
+    case OrbItemId::Module:
+        module(object)->applyFault(fault, begins, now);
+        break;
+    case OrbItemId::Channel:
+        module(object)->applyChannelFault(static_cast<std::size_t>(object.channel), fault, begins, now);
+        break;
+    default:
+        break; // the transport's
+    }
 }
 
 ChannelSnapshot Controller::channelSnapshot(const ObjectAddress &channel, double now)
 {
-    const ModulePlace place = modulePlace(channel);
-    return place.module->channelSnapshot(static_cast<std::size_t>(channel.channel), place.isPowered(), now);
+    run.queue.runUntil(now);
+    return module(channel)->channelSnapshot(static_cast<std::size_t>(channel.channel), now);
 }
 
-Controller::ModulePlace Controller::modulePlace(const ObjectAddress &object) const
+Module *Controller::module(const ObjectAddress &object) const
 {
-    return moduleIndex.value(placeKey(object.line, object.address));
+    return moduleIndex.value(placeKey(object.line, object.address), nullptr);
 }
 
 Crate *Controller::crate(const ObjectAddress &object) const
 {
     return crateIndex.value(placeKey(object.line, object.address), nullptr);
-}
-
-RunningSummary Controller::summary(double now)
-{
-    RunningSummary result;
-    for (Line &line : lines) {
-        for (Crate &crate : line.crates)
-            result += crate.summary(now);
-        for (Module &module : line.modules)
-            result += module.summary(true, now);
-    }
-    return result;
 }
 
 TarnResult Controller::writeSystem(const ItemDefinition &item, const ItemValue &value, double now)
@@ -198,10 +207,10 @@ TarnResult Controller::writeSystem(const ItemDefinition &item, const ItemValue &
 void Controller::dropOut(double now)
 {
     for (Line &line : lines) {
-        for (Crate &crate : line.crates)
-            crate.dropOut(now);
-        for (Module &module : line.modules)
-            module.dropOut(now);
+        for (Crate &chassis : line.crates)
+            chassis.dropOut(now);
+        for (Module &member : line.modules)
+            member.dropOut(now);
     }
 }
 

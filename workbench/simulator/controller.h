@@ -3,18 +3,19 @@
 #include "workbench/simulator/crate.h"
 #include "workbench/simulator/object_address.h"
 #include "workbench/simulator/plant_layout.h"
+#include "workbench/simulator/plant_run.h"
 #include "workbench/simulator/service_node.h"
 
 #include <QHash>
 #include <QVector>
 
-#include <vector>
+#include <deque>
 
 namespace simulator
 {
 
-/// A controller with all its devices. `now` is in seconds and never before that of an earlier call. Not locked; the
-/// service does that.
+/// A controller with all its devices. `now` is in s on the plant's clock and never before that of an earlier call; a read,
+/// a write or a look first lets the plant come up to it. Not locked; the service does that.
 ///
 /// Chosen for the simulation: "Control.reboot" takes all outputs to 0 at once and starts the service's own items over;
 /// what was set in the devices is kept. "Control.shutdown" takes all outputs to 0 and the controller away, until it is
@@ -22,7 +23,8 @@ namespace simulator
 class Controller
 {
 public:
-    explicit Controller(const ControllerLayout &controllerLayout);
+    /// `plantRun` is not owned and outlives the controller.
+    Controller(const ControllerLayout &controllerLayout, PlantRun &plantRun);
     // Devices are found by pointer.
     Controller(const Controller &) = delete;
     Controller &operator=(const Controller &) = delete;
@@ -50,35 +52,32 @@ public:
     TarnResult write(const ObjectAddress &object, const ItemDefinition &item, const ItemValue &value,
                      double now);
 
+    /// Begins or ends a fault of an object that exists and is of the kind's level. The plant is up to `now`.
+    void applyFault(const Fault &fault, bool begins, double now);
+
     /// A channel that exists.
     ChannelSnapshot channelSnapshot(const ObjectAddress &channel, double now);
 
 private:
-    struct ModulePlace
-    {
-        Crate *crate = nullptr; // null for a module with its own supply
-        Module *module = nullptr;
-        bool isPowered() const { return crate == nullptr || crate->isPowered(); }
-    };
-
     static quint64 placeKey(quint32 line, quint32 address) { return (quint64(line) << 32) | address; }
-    ModulePlace modulePlace(const ObjectAddress &object) const;
+    Module *module(const ObjectAddress &object) const;
     Crate *crate(const ObjectAddress &object) const;
-    RunningSummary summary(double now);
     TarnResult writeSystem(const ItemDefinition &item, const ItemValue &value, double now);
     void dropOut(double now);
 
     struct Line
     {
         quint32 line;
-        std::vector<Crate> crates;
-        std::vector<Module> modules;
+        std::deque<Crate> crates;
+        std::deque<Module> modules;
     };
 
     const ControllerLayout layout;
-    std::vector<Line> lines; // never changed after construction
+    PlantRun &run;
+    RunningSummary summary;
+    std::deque<Line> lines; // never changed after construction
     QHash<quint64, Crate *> crateIndex;
-    QHash<quint64, ModulePlace> moduleIndex;
+    QHash<quint64, Module *> moduleIndex;
     ServiceNode service;
     bool available = true;
 };

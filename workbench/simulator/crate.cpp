@@ -1,29 +1,50 @@
 #include "workbench/simulator/crate.h"
 
+#include "workbench/simulator/raised_conditions.h"
+
 namespace simulator
 {
 
 namespace
 {
 
+using Condition = CrateCondition;
 using Quantity = CrateQuantity;
 
 constexpr double TouchableVoltage = 63; // V; above it an output counts as being on
+constexpr double InletTemperature = 27.5; // degrees, as the others
+constexpr double InletTemperatureOff = 23;
+constexpr double StandbyTemperature = 31;
+constexpr double OffTemperature = 23.5;
+constexpr double FullLoadRise = 10;
+constexpr double HeatTimeConstant = 300; // s
+constexpr double OrdinaryExcess = 40; // of an overheating fault that says none
+
+DevicePlace placeOfModules(const DevicePlace &crate, RunningSummary &summary,
+                           std::function<void(double)> heatChanged)
+{
+    return {crate.run, &summary, crate.controller, crate.line, std::move(heatChanged)};
+}
 
 } // namespace
 
-Crate::Crate(const CrateLayout &layout) : ownAddress(layout.address)
+Crate::Crate(const CrateLayout &layout, const DevicePlace &cratePlace)
+    : ownAddress(layout.address),
+      place(cratePlace),
+      summary(cratePlace.above),
+      temperature(cratePlace.run->queue, HeatTimeConstant, StandbyTemperature,
+                  [this](double now) { settle(now); })
 {
-    members.reserve(layout.modules.size());
+    const DevicePlace inside = placeOfModules(place, summary, [this](double now) { moduleHeatChanged(now); });
     for (const ModuleLayout &module : layout.modules)
-        members.emplace_back(module);
+        members.emplace_back(module, inside);
 }
 
-ItemValue Crate::read(const ItemDefinition &item, double now)
+ItemValue Crate::read(const ItemDefinition &item, double now) const
 {
     if (item.source == ItemSource::Quantity)
         return quantity(static_cast<Quantity>(item.argument), now);
-    return state.read(item, 0); // nothing is ever the matter with a crate
+    return state.read(item, live);
 }
 
 TarnResult Crate::write(const ItemDefinition &item, const ItemValue &value, double now)
@@ -33,24 +54,110 @@ TarnResult Crate::write(const ItemDefinition &item, const ItemValue &value, doub
     return state.store(item, value) ? TarnResult::Success : TarnResult::Denied;
 }
 
+void Crate::applyFault(const Fault &fault, bool begins, double now)
+{
+    quint32 condition = 0;
+    switch (fault.kind) {
+    case FaultKind::MainsFailure:
+        condition = bit(Condition::MainsNotGood);
+        break;
+    case FaultKind::CrateSupplyFailure:
+        condition = bit(Condition::SupplyNotGood);
+        break;
+    case FaultKind::BatteryFailure:
+        condition = bit(Condition::BatteryNotGood);
+        break;
+    case FaultKind::CrateOverheating: {
+        const double excess = fault.amount != 0 ? fault.amount : OrdinaryExcess;
+        temperature.setExcess(begins ? excess : 0, now);
+        return;
+    }
+    default:
+        return; // not of a crate
+    }
+    faults = begins ? faults | condition : faults & ~condition;
+    settle(now);
+}
+
 void Crate::dropOut(double now)
 {
     for (Module &module : members)
         module.dropOut(now);
 }
 
-RunningSummary Crate::summary(double now)
+bool Crate::isSupplied() const
 {
-    RunningSummary result;
-    result.events = state.latch.eventCount();
-    result.errors = state.latch.errorCount();
-    result.hasError = state.latch.errors() != 0;
-    for (Module &module : members)
-        result += module.summary(power, now);
-    return result;
+    return power && (live & (bit(Condition::MainsNotGood) | bit(Condition::SupplyNotGood))) == 0;
 }
 
-ItemValue Crate::quantity(CrateQuantity which, double now)
+bool Crate::isAlive() const
+{
+    constexpr quint32 NoSource = bit(Condition::MainsNotGood) | bit(Condition::BatteryNotGood);
+    return (live & NoSource) != NoSource;
+}
+
+void Crate::moduleHeatChanged(double now)
+{
+    double heat = 0;
+    for (const Module &module : members)
+        heat += module.heat();
+    if (!members.empty())
+        heat /= static_cast<double>(members.size());
+    temperature.approach(isSupplied() ? StandbyTemperature + FullLoadRise * heat : OffTemperature, now);
+}
+
+void Crate::settle(double now)
+{
+    live = faults | (temperature.isGood() ? 0 : bit(Condition::TemperatureNotGood));
+    const quint32 newEvents = state.latch.raiseEvents(live);
+    const quint32 newErrors = state.latch.raiseErrors(live);
+    JournalEntry entry;
+    entry.time = now;
+    entry.controller = place.controller;
+    entry.object = {OrbItemId::Crate, place.line, ownAddress, -1};
+    enterRaised(place.run->journal, entry, crateItems(), newEvents, newErrors);
+    if (!temperature.isGood())
+        power = false;
+    supplyModules(now);
+    contribute();
+}
+
+void Crate::supplyModules(double now)
+{
+    if (supplying == isSupplied())
+        return;
+    supplying = isSupplied();
+    for (Module &module : members)
+        module.setPowered(supplying, now);
+    moduleHeatChanged(now);
+}
+
+void Crate::contribute()
+{
+    RunningCounts counts;
+    counts.events = static_cast<qint32>(state.latch.eventCount());
+    counts.errors = static_cast<qint32>(state.latch.errorCount());
+    counts.failing = counts.errors > 0 ? 1 : 0;
+    summary.replace(contributed, counts);
+    contributed = counts;
+}
+
+void Crate::clear(bool events, bool errors, double now)
+{
+    if (events)
+        state.latch.clearEvents(); // what still is the case is raised again at once
+    if (errors)
+        state.latch.clearErrors();
+    for (Module &module : members) {
+        if (events)
+            module.clearEvents(now);
+        if (errors)
+            module.clearErrors(now);
+    }
+    settle(now);
+}
+
+ItemValue Crate::quantity(CrateQuantity which, double now) const
 {
     switch (which) {
     case Quantity::ClearAll:
@@ -61,19 +168,24 @@ ItemValue Crate::quantity(CrateQuantity which, double now)
     case Quantity::Power:
         return ItemValue::of(power);
     case Quantity::EventCounter:
-        return ItemValue::of(static_cast<double>(summary(now).events));
+        return ItemValue::of(static_cast<double>(summary.counts().events));
     case Quantity::ErrorCounter:
-        return ItemValue::of(static_cast<double>(summary(now).errors));
+        return ItemValue::of(static_cast<double>(summary.counts().errors));
     case Quantity::RunningState:
-        return ItemValue::of(power ? summary(now).runningState() : QStringLiteral("disabled"));
+        return ItemValue::of(power && isAlive() ? summary.counts().runningState()
+                                                : QStringLiteral("disabled"));
     case Quantity::On: {
-        const RunningSummary all = summary(now);
-        return ItemValue::of(all.isOn || all.highestVoltage > TouchableVoltage);
+        double highest = 0;
+        for (const Module &module : members)
+            highest = qMax(highest, module.highestVoltage(now));
+        return ItemValue::of(summary.counts().on > 0 || highest > TouchableVoltage);
     }
+    case Quantity::IsAlive:
+        return ItemValue::of(isAlive());
     case Quantity::Temperature0:
-        return ItemValue::of(power ? 27.5 : 23.0);
+        return ItemValue::of(isSupplied() ? InletTemperature : InletTemperatureOff);
     case Quantity::Temperature1:
-        return ItemValue::of(power ? 31.0 : 23.5);
+        return ItemValue::of(temperature.at(now));
     }
     return {};
 }
@@ -82,36 +194,22 @@ TarnResult Crate::writeQuantity(CrateQuantity which, const ItemValue &value, dou
 {
     switch (which) {
     case Quantity::Power:
-        switchPower(value.isTrue(), now);
+        if (value.isTrue() && !temperature.isGood())
+            return TarnResult::Failed;
+        power = value.isTrue();
+        supplyModules(now);
         return TarnResult::Success;
     case Quantity::ClearAll:
     case Quantity::ClearEvents:
     case Quantity::ClearErrors:
-        if (!value.isTrue())
-            return TarnResult::Success;
-        if (which != Quantity::ClearErrors)
-            state.latch.clearEvents();
-        if (which != Quantity::ClearEvents)
-            state.latch.clearErrors();
-        for (Module &module : members) {
-            if (which != Quantity::ClearErrors)
-                module.clearEvents(power, now);
-            if (which != Quantity::ClearEvents)
-                module.clearErrors(power, now);
-        }
+        if (value.isTrue())
+            clear(which != Quantity::ClearErrors, which != Quantity::ClearEvents, now);
         return TarnResult::Success;
     case Quantity::InstallFirmware:
         return value.text.trimmed().isEmpty() ? TarnResult::Failed : TarnResult::Success;
     default:
         return TarnResult::Denied; // the others can only be read
     }
-}
-
-void Crate::switchPower(bool on, double now)
-{
-    if (power && !on)
-        dropOut(now);
-    power = on;
 }
 
 } // namespace simulator

@@ -31,7 +31,7 @@ constexpr ItemDefinition Rows[] = {
     error("Error.batteryNotGood", Condition::BatteryNotGood),
     quantity("Status.power", Bool, Read, "", Quantity::Power),
     quantity("Status.on", Bool, Read, "", Quantity::On),
-    constant("Status.isAlive", Bool, "", 1), // in standby as well
+    quantity("Status.isAlive", Bool, Read, "", Quantity::IsAlive), // in standby as well
     quantity("Status.temperature0", Float, Read, "°C", Quantity::Temperature0),
     quantity("Status.temperature1", Float, Read, "°C", Quantity::Temperature1),
     statusNot("Status.temperatureGood", Condition::TemperatureNotGood),

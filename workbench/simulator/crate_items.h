@@ -24,6 +24,7 @@ enum class CrateQuantity : quint8
     ErrorCounter,
     RunningState,
     On,
+    IsAlive,
     Temperature0,
     Temperature1,
 };

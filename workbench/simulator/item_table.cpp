@@ -14,6 +14,9 @@ void ItemTable::indexRows(int count)
         allNames.append(name);
         if (isWritable(rows[i]))
             writableNames.append(name);
+        const int key = argumentKey(rows[i].source, rows[i].argument);
+        if (!namesOfArguments.contains(key))
+            namesOfArguments.insert(key, name);
         units.append(QString::fromUtf8(rows[i].unit));
     }
 }
@@ -27,6 +30,12 @@ const ItemDefinition *ItemTable::find(const QString &name) const
 const QVector<QString> &ItemTable::names(bool writableOnly) const
 {
     return writableOnly ? writableNames : allNames;
+}
+
+const QString &ItemTable::nameOf(ItemSource source, quint8 argument) const
+{
+    const auto found = namesOfArguments.constFind(argumentKey(source, argument));
+    return found == namesOfArguments.constEnd() ? noName : *found;
 }
 
 const QString &ItemTable::unit(const ItemDefinition &item) const

@@ -26,10 +26,17 @@ public:
     /// In the table's order.
     const QVector<QString> &names(bool writableOnly) const;
 
+    /// The first item of that source and argument; empty when there is none.
+    const QString &nameOf(ItemSource source, quint8 argument) const;
+
     /// The unit of one of this table's rows as a text that is shared, not made anew.
     const QString &unit(const ItemDefinition &item) const;
 
 private:
+    static int argumentKey(ItemSource source, quint8 argument)
+    {
+        return static_cast<int>(source) * 256 + argument;
+    }
     void indexRows(int count);
 
     const ItemDefinition *const rows;
@@ -37,6 +44,8 @@ private:
     QVector<QString> allNames;
     QVector<QString> writableNames;
     QVector<QString> units;
+    QHash<int, QString> namesOfArguments;
+    const QString noName;
 };
 
 } // namespace simulator

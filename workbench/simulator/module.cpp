@@ -1,33 +1,81 @@
 #include "workbench/simulator/module.h"
 
+#include "workbench/simulator/chance.h"
+#include "workbench/simulator/raised_conditions.h"
+
 namespace simulator
 {
 
 namespace
 {
 
+using Condition = ModuleCondition;
 using Quantity = ModuleQuantity;
 using Setting = ModuleSetting;
 
+constexpr double Percent = 0.01;
+constexpr double RoomTemperature = 23; // degrees, as the others
+constexpr double StandbyTemperature = 28.5;
+constexpr double StandbySpread = 0.5; // from one module to the next
+constexpr double FullLoadRise = 25;
+constexpr double HeatTimeConstant = 120; // s
+constexpr double OrdinaryExcess = 40; // of an overheating fault that says none
+constexpr double OrdinarySampleRate = 500; // 1/s
+constexpr double OrdinaryFilterSteps = 64;
+constexpr double AllBits = 4294967295.0;
+
+constexpr quint32 OffConditions =
+    bit(Condition::SafetyLoopOpen) | bit(Condition::SupplyNotGood) | bit(Condition::TemperatureNotGood);
+
+double standbyTemperature(quint32 address)
+{
+    return StandbyTemperature + StandbySpread * (address % 10);
+}
+
+ModuleLayout withoutLoads(ModuleLayout layout)
+{
+    layout.loads = {}; // the channels have them
+    return layout;
+}
+
 } // namespace
 
-Module::Module(const ModuleLayout &moduleLayout) : layout(moduleLayout)
+Module::Module(const ModuleLayout &moduleLayout, const DevicePlace &modulePlace)
+    : layout(withoutLoads(moduleLayout)),
+      place(modulePlace),
+      summary(modulePlace.above),
+      temperature(modulePlace.run->queue, HeatTimeConstant, standbyTemperature(moduleLayout.address),
+                  [this](double now) { settle(now); })
 {
-    channels.reserve(layout.loads.size());
-    for (const LoadLayout &load : layout.loads)
-        channels.emplace_back(load.resistance, layout.nominalCurrent);
+    environment.rating = {layout.nominalVoltage, layout.nominalCurrent};
+    environment.voltageLimit = layout.nominalVoltage * layout.voltageLimit * Percent;
+    environment.currentLimit = layout.nominalCurrent * layout.currentLimit * Percent;
+    environment.voltageRampspeed = layout.voltageRampspeed;
+    environment.measurement = layout.measurement;
+    environment.isNegative = layout.isNegative;
+    const quint64 controllerKey =
+        chance::mixed(place.run->seed, itemNameHash(place.controller.toUtf8().constData()));
+    environment.chanceKey = chance::mixed(controllerKey, (quint64(place.line) << 32) | layout.address);
+    if (layout.currentRampspeed != DefaultCurrentRampspeed)
+        state.settings.set(static_cast<quint8>(Setting::CurrentRampspeed), layout.currentRampspeed);
+    followSettings(0);
+    channels.reserve(moduleLayout.loads.size());
+    for (const LoadLayout &load : moduleLayout.loads) {
+        channels.emplace_back(load, static_cast<ChannelHost &>(*this));
+        place.run->queue.rank(channels.back());
+    }
 }
 
-ItemValue Module::read(const ItemDefinition &item, bool isPowered, double now)
+ItemValue Module::read(const ItemDefinition &item, double now) const
 {
     if (item.source == ItemSource::Quantity)
-        return quantity(static_cast<Quantity>(item.argument), isPowered, now);
-    return state.read(item, 0); // nothing is ever the matter with a module
+        return quantity(static_cast<Quantity>(item.argument), now);
+    return state.read(item, live);
 }
 
-TarnResult Module::write(const ItemDefinition &item, const ItemValue &value, bool isPowered, double now)
+TarnResult Module::write(const ItemDefinition &item, const ItemValue &value, double now)
 {
-    if (!isPowered)
+    if (!environment.isPowered)
         return TarnResult::Failed;
     if (item.source == ItemSource::Quantity)
         return writeQuantity(static_cast<Quantity>(item.argument), value, now);
@@ -37,64 +85,182 @@ TarnResult Module::write(const ItemDefinition &item, const ItemValue &value, boo
         for (Channel &channel : channels)
             channel.followModuleCurrentRampspeed();
     }
+    followSettings(now);
     return TarnResult::Success;
 }
 
-ItemValue Module::readChannel(std::size_t channel, const ItemDefinition &item, bool isPowered, double now)
+ItemValue Module::readChannel(std::size_t channel, const ItemDefinition &item, double now) const
 {
-    return channels[channel].read(item, environment(isPowered, now));
+    return channels[channel].read(item, now);
 }
 
 TarnResult Module::writeChannel(std::size_t channel, const ItemDefinition &item, const ItemValue &value,
-                                bool isPowered, double now)
+                                double now)
 {
-    return channels[channel].write(item, value, environment(isPowered, now));
+    return channels[channel].write(item, value, now);
 }
 
-ChannelSnapshot Module::channelSnapshot(std::size_t channel, bool isPowered, double now)
+ChannelSnapshot Module::channelSnapshot(std::size_t channel, double now) const
 {
-    return channels[channel].snapshot(environment(isPowered, now));
+    return channels[channel].snapshot(now);
+}
+
+void Module::applyFault(const Fault &fault, bool begins, double now)
+{
+    quint32 condition = 0;
+    switch (fault.kind) {
+    case FaultKind::SafetyLoopOpen:
+        condition = bit(Condition::SafetyLoopOpen);
+        break;
+    case FaultKind::SupplyFailure:
+        condition = bit(Condition::SupplyNotGood);
+        break;
+    case FaultKind::NeedService:
+        condition = bit(Condition::NeedService);
+        break;
+    case FaultKind::Overheating: {
+        const double excess = fault.amount != 0 ? fault.amount : OrdinaryExcess;
+        temperature.setExcess(begins ? excess : 0, now);
+        return;
+    }
+    default:
+        return; // not of a module
+    }
+    faults = begins ? faults | condition : faults & ~condition;
+    settle(now);
+}
+
+void Module::applyChannelFault(std::size_t channel, const Fault &fault, bool begins, double now)
+{
+    channels[channel].applyFault(fault, begins, now);
+}
+
+void Module::setPowered(bool isPowered, double now)
+{
+    if (environment.isPowered == isPowered)
+        return;
+    if (!isPowered)
+        dropOut(now);
+    environment.isPowered = isPowered;
+    for (Channel &channel : channels)
+        channel.followEnvironment(now);
+    heatChanged(now);
 }
 
 void Module::dropOut(double now)
 {
     for (Channel &channel : channels)
-        channel.dropOut(environment(true, now));
+        channel.dropOut(now);
 }
 
-void Module::clearEvents(bool isPowered, double now)
+void Module::clearEvents(double now)
 {
-    state.latch.clearEvents();
+    state.latch.clearEvents(); // what still is the case is raised again at once
     for (Channel &channel : channels)
-        channel.clearEvents(environment(isPowered, now));
+        channel.clearEvents(now);
+    settle(now);
 }
 
-void Module::clearErrors(bool isPowered, double now)
+void Module::clearErrors(double now)
 {
     state.latch.clearErrors();
     for (Channel &channel : channels)
-        channel.clearErrors(environment(isPowered, now));
+        channel.clearErrors(now);
+    settle(now);
 }
 
-RunningSummary Module::summary(bool isPowered, double now)
+double Module::highestVoltage(double now) const
 {
-    RunningSummary result;
-    result.events = state.latch.eventCount();
-    result.errors = state.latch.errorCount();
-    result.hasError = state.latch.errors() != 0;
-    for (Channel &channel : channels)
-        result += channel.summary(environment(isPowered, now));
+    double result = 0;
+    for (const Channel &channel : channels)
+        result = qMax(result, channel.voltage(now));
     return result;
 }
 
-ChannelEnvironment Module::environment(bool isPowered, double now) const
+double Module::heat() const
 {
-    const double currentRampspeed =
-        state.settings.value(static_cast<quint8>(Setting::CurrentRampspeed), DefaultCurrentRampspeed);
-    return {layout.nominalVoltage, layout.nominalCurrent, voltageRampspeed, currentRampspeed, isPowered, now};
+    double sum = 0;
+    for (const Channel &channel : channels)
+        sum += double(channel.heat());
+    return channels.empty() ? 0 : sum / static_cast<double>(channels.size());
 }
 
-ItemValue Module::quantity(ModuleQuantity which, bool isPowered, double now)
+quint32 Module::indexOf(const Channel &channel) const
+{
+    return static_cast<quint32>(&channel - channels.data());
+}
+
+JournalEntry Module::entryFor(const Channel &channel, double now) const
+{
+    JournalEntry result = entry(now);
+    result.object.level = OrbItemId::Channel;
+    result.object.channel = static_cast<qint32>(indexOf(channel));
+    return result;
+}
+
+JournalEntry Module::entry(double now) const
+{
+    JournalEntry result;
+    result.time = now;
+    result.controller = place.controller;
+    result.object = {OrbItemId::Module, place.line, layout.address, -1};
+    return result;
+}
+
+void Module::heatChanged(double now)
+{
+    temperature.approach(environment.isPowered ? standbyTemperature(layout.address) + FullLoadRise * heat()
+                                               : RoomTemperature,
+                         now);
+    if (place.heatChanged)
+        place.heatChanged(now);
+}
+
+double Module::settingOf(ModuleSetting which, double fallback) const
+{
+    return state.settings.value(static_cast<quint8>(which), fallback);
+}
+
+void Module::followSettings(double now)
+{
+    environment.currentRampspeed = settingOf(Setting::CurrentRampspeed, DefaultCurrentRampspeed);
+    environment.kill = settingOf(Setting::Kill, 0) != 0;
+    environment.eventMask = static_cast<quint32>(settingOf(Setting::ModuleChannelEventMask, AllBits));
+    environment.sampleRate = settingOf(Setting::AdcSampleRate, OrdinarySampleRate);
+    environment.filterSteps = settingOf(Setting::DigitalFilter, OrdinaryFilterSteps);
+    for (Channel &channel : channels)
+        channel.followEnvironment(now);
+    contribute();
+}
+
+void Module::settle(double now)
+{
+    live = faults | (temperature.isGood() ? 0 : bit(Condition::TemperatureNotGood));
+    const bool mayBeOn = (live & OffConditions) == 0;
+    if (!mayBeOn)
+        live |= bit(Condition::InterlockOut);
+    const quint32 newEvents = state.latch.raiseEvents(live);
+    const quint32 newErrors = state.latch.raiseErrors(live);
+    enterRaised(place.run->journal, entry(now), moduleItems(), newEvents, newErrors);
+    const bool wasAllowed = environment.mayBeOn;
+    environment.mayBeOn = mayBeOn;
+    if (wasAllowed && !mayBeOn)
+        dropOut(now);
+    contribute();
+}
+
+void Module::contribute()
+{
+    const auto mask = static_cast<quint32>(settingOf(Setting::ModuleEventMask, AllBits));
+    RunningCounts counts;
+    counts.events = static_cast<qint32>(qPopulationCount(state.latch.events() & mask));
+    counts.errors = static_cast<qint32>(state.latch.errorCount());
+    counts.failing = counts.errors > 0 ? 1 : 0;
+    summary.replace(contributed, counts);
+    contributed = counts;
+}
+
+ItemValue Module::quantity(ModuleQuantity which, double now) const
 {
     switch (which) {
     case Quantity::ClearAll:
@@ -103,25 +269,22 @@ ItemValue Module::quantity(ModuleQuantity which, bool isPowered, double now)
     case Quantity::InstallFirmware:
         break; // these can only be written
     case Quantity::EventCounter:
-        return ItemValue::of(static_cast<double>(summary(isPowered, now).events));
+        return ItemValue::of(static_cast<double>(summary.counts().events));
     case Quantity::ErrorCounter:
-        return ItemValue::of(static_cast<double>(summary(isPowered, now).errors));
+        return ItemValue::of(static_cast<double>(summary.counts().errors));
     case Quantity::RunningState:
-        return ItemValue::of(isPowered ? summary(isPowered, now).runningState() : QStringLiteral("disabled"));
+        return ItemValue::of(environment.isPowered ? summary.counts().runningState()
+                                                   : QStringLiteral("disabled"));
     case Quantity::Adjustment:
         return ItemValue::of(adjustment);
-    case Quantity::Temperature: {
-        // Room, standby losses, and up to 12 degrees more with all channels at their nominal voltage.
-        const double load =
-            summary(isPowered, now).loadFraction / qMax(1.0, static_cast<double>(channels.size()));
-        return ItemValue::of(isPowered ? 28.5 + 0.5 * (layout.address % 10) + 12 * load : 23.0);
-    }
+    case Quantity::Temperature:
+        return ItemValue::of(temperature.at(now));
     case Quantity::VoltageRampspeed:
-        return ItemValue::of(voltageRampspeed);
+        return ItemValue::of(environment.voltageRampspeed);
     case Quantity::SerialNumber:
         return ItemValue::of(static_cast<double>(layout.serialNumber));
     case Quantity::IsAlive:
-        return ItemValue::of(isPowered);
+        return ItemValue::of(environment.isPowered);
     case Quantity::FirmwareName:
         return ItemValue::of(layout.firmwareName);
     case Quantity::FirmwareRelease:
@@ -139,9 +302,9 @@ TarnResult Module::writeQuantity(ModuleQuantity which, const ItemValue &value, d
     case Quantity::ClearEvents:
     case Quantity::ClearErrors:
         if (value.isTrue() && which != Quantity::ClearErrors)
-            clearEvents(true, now);
+            clearEvents(now);
         if (value.isTrue() && which != Quantity::ClearEvents)
-            clearErrors(true, now);
+            clearErrors(now);
         return TarnResult::Success;
     case Quantity::InstallFirmware:
         return value.text.trimmed().isEmpty() ? TarnResult::Failed : TarnResult::Success;
@@ -149,9 +312,9 @@ TarnResult Module::writeQuantity(ModuleQuantity which, const ItemValue &value, d
         adjustment = value.isTrue();
         return TarnResult::Success;
     case Quantity::VoltageRampspeed:
-        voltageRampspeed = value.number;
+        environment.voltageRampspeed = value.number;
         for (Channel &channel : channels)
-            channel.followModuleRampspeed(environment(true, now));
+            channel.followModuleRampspeed(now);
         return TarnResult::Success;
     default:
         return TarnResult::Denied; // the others can only be read

@@ -91,12 +91,20 @@ QString journalLine(const JournalEntry &entry)
     return line.replace(QLatin1Char('\n'), QLatin1Char(' '));
 }
 
-void PlantJournal::add(JournalEntry entry)
+quint64 PlantJournal::add(JournalEntry entry)
 {
+    const quint64 number = next;
     entry.number = next++;
     entries.push_back(std::move(entry));
     if (entries.size() > MostEntries)
         entries.pop_front();
+    return number;
+}
+
+void PlantJournal::setResult(quint64 number, TarnResult result)
+{
+    if (number < next && next - number <= entries.size())
+        entries[entries.size() - static_cast<std::size_t>(next - number)].result = result;
 }
 
 QVector<JournalEntry> PlantJournal::from(quint64 number, int most) const

@@ -57,8 +57,11 @@ class PlantJournal
 public:
     static constexpr std::size_t MostEntries = 100000;
 
-    /// Numbers the entry and keeps it; the oldest goes when there are too many.
-    void add(JournalEntry entry);
+    /// Numbers the entry and keeps it; the oldest goes when there are too many. Returns the number.
+    quint64 add(JournalEntry entry);
+
+    /// How what was entered ended, once that is known. An entry that has gone stays gone.
+    void setResult(quint64 number, TarnResult result);
 
     /// The kept entries from that number on, at most `most` of them.
     QVector<JournalEntry> from(quint64 number, int most) const;

@@ -10,6 +10,9 @@ public:
     double valueAt(double now) const;
     bool isRampingAt(double now) const { return now < endTime; }
     double target() const { return targetValue; }
+    double endsAt() const { return endTime; }
+    /// While it is ramping, in V/s; below 0 on the way down.
+    double slope() const { return (targetValue - startValue) / (endTime - startTime); }
 
     /// Ramps from `from` at `now`. A speed must be above 0.
     void start(double from, double to, double speed, double now);
