@@ -21,6 +21,9 @@ private Q_SLOTS:
     void dropsWhatIsOutstanding();
     void takesNothingAfterTheStop();
     void takesJobsFromJobs();
+    void alarmDoesNotWaitForJobs();
+    void laterAlarmReplacesTheEarlier();
+    void alarmIsDroppedWithTheRest();
 };
 
 void TestAnswerQueue::runsOnAnotherThread()
@@ -87,6 +90,43 @@ void TestAnswerQueue::takesJobsFromJobs()
     std::promise<int> ran;
     queue.post(milliseconds(0), [&] { queue.post(milliseconds(0), [&ran] { ran.set_value(7); }); });
     QCOMPARE(ran.get_future().get(), 7);
+}
+
+void TestAnswerQueue::alarmDoesNotWaitForJobs()
+{
+    constexpr int Delay = 30;
+    AnswerQueue queue;
+    std::promise<void> ran;
+    QElapsedTimer timer;
+    timer.start();
+    queue.post(std::chrono::hours(1), [] {});
+    queue.setAlarm(std::chrono::steady_clock::now() + milliseconds(Delay), [&ran] { ran.set_value(); });
+    ran.get_future().wait();
+    QVERIFY(timer.elapsed() >= Delay);
+}
+
+void TestAnswerQueue::laterAlarmReplacesTheEarlier()
+{
+    AnswerQueue queue;
+    std::promise<int> ran;
+    std::atomic<int> earlier{0};
+    const auto now = std::chrono::steady_clock::now();
+    queue.setAlarm(now + std::chrono::hours(1), [&earlier] { ++earlier; });
+    queue.setAlarm(now + milliseconds(1), [&ran] { ran.set_value(7); });
+    QCOMPARE(ran.get_future().get(), 7);
+    queue.stop();
+    QCOMPARE(earlier.load(), 0);
+}
+
+void TestAnswerQueue::alarmIsDroppedWithTheRest()
+{
+    const auto token = std::make_shared<int>(0);
+    AnswerQueue queue;
+    queue.setAlarm(std::chrono::steady_clock::now() + std::chrono::hours(1), [token] { ++*token; });
+    queue.stop();
+    queue.setAlarm(std::chrono::steady_clock::now(), [token] { ++*token; });
+    QCOMPARE(token.use_count(), 1L);
+    QCOMPARE(*token, 0);
 }
 
 QTEST_APPLESS_MAIN(TestAnswerQueue)
