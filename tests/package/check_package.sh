@@ -134,7 +134,7 @@ check_use() {
     workbench --help
     says --run-command-file
 
-    output=$(PYTHONPATH=$app/scripting "$app/python-3.7.1/bin/python3.7" -c \
+    output=$(env -i PYTHONPATH="$app/scripting" "$app/python-3.7.1/bin/python3.7" -c \
         'import orbClient; print(orbClient.__file__, orbClient.getItem("local", "Status.sessionId"))' 2>&1) || complain "orbClient does not load"
     [[ $output == "$app/scripting/orbClientPython_3_for_ORB.so error" ]] || complain "orbClient alone: $output"
 }
