@@ -1,5 +1,7 @@
 #include "workbench/app/options.h"
 
+#include <QFile>
+#include <QTemporaryDir>
 #include <QTest>
 
 using workbench::Options;
@@ -92,6 +94,11 @@ private Q_SLOTS:
         row("controller without file", "--controller left", "--run-command-file");
         row("controller for a script", "--run-python-file a.py --controller left", "--run-command-file");
         row("two files for one editor", "--run-command-file a --editor-file b", "--editor-file");
+        row("plant that is not there", "--plant no/plant.json", "no/plant.json");
+        row("plant empty", "--plant=", "plant");
+        row("seed no number", "--seed soon", "soon");
+        row("seed negative", "--seed=-1", "4294967295");
+        row("seed above the limit", "--seed 4294967296", "4294967296");
         row("two files to execute", "--run-command-file a --run-python-file b", "--run-python-file");
     }
 
@@ -103,6 +110,61 @@ private Q_SLOTS:
         QString message;
         QCOMPARE(parseOptions(line(arguments), options, message), OptionsResult::Refuse);
         QVERIFY2(message.contains(named), qUtf8Printable(message));
+    }
+
+    void ownPlant()
+    {
+        Options options;
+        QString message;
+        QCOMPARE(parseOptions(line(QStringLiteral("--seed 4294967295")), options, message),
+                 OptionsResult::Run);
+        QCOMPARE(options.plant.controllers.size(), std::size_t(2));
+        QCOMPARE(options.plant.seed, 4294967295U);
+        QCOMPARE(parseOptions(line(QString()), options, message), OptionsResult::Run);
+    }
+
+    void plantOfAFile_data()
+    {
+        QTest::addColumn<QString>("arguments");
+        QTest::addColumn<quint32>("seed");
+        QTest::newRow("its own seed") << QString() << 5U;
+        QTest::newRow("another seed") << QStringLiteral(" --seed 6") << 6U;
+    }
+
+    void plantOfAFile()
+    {
+        QFETCH(QString, arguments);
+        const QTemporaryDir dir;
+        QFile file(dir.filePath(QStringLiteral("plant.json")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(R"({"seed": 5, "controllers": [{"name": "hall"}]})");
+        file.close();
+        Options options;
+        QString message;
+        QVERIFY2(
+            parseOptions(line(QStringLiteral("--plant ") + file.fileName() + arguments), options, message)
+                == OptionsResult::Run,
+            qUtf8Printable(message));
+        QCOMPARE(options.plant.controllers.size(), std::size_t(1));
+        QCOMPARE(options.plant.controllers.front().connectionName, QStringLiteral("hall"));
+        QTEST(options.plant.seed, "seed");
+    }
+
+    void brokenPlantFile()
+    {
+        const QTemporaryDir dir;
+        QFile file(dir.filePath(QStringLiteral("plant.json")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("{\n\"seed\": -5, \"controllers\": [{\"name\": \"hall\"}]}");
+        file.close();
+        Options options;
+        QString message;
+        QCOMPARE(parseOptions(line(QStringLiteral("--plant ") + file.fileName()), options, message),
+                 OptionsResult::Refuse);
+        QCOMPARE(message,
+                 file.fileName()
+                     + QStringLiteral(":2:9: \"seed\" of a plant is -5; allowed is a whole number from 0 to "
+                                      "4294967295"));
     }
 
     void latencyAtItsLimits_data()

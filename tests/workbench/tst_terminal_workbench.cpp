@@ -48,6 +48,40 @@ private:
     }
 
 private Q_SLOTS:
+    void plantFile()
+    {
+        QFile commands(dir.filePath(QStringLiteral("commands.txt")));
+        QVERIFY(commands.open(QIODevice::WriteOnly));
+        commands.write(R"({"i":"<session_id>","t":"request","c":[{"c":"getItem","p":{"p":{"l":"24","a":"24",)"
+                       R"("c":"15"},"i":"Status.voltageNominal","v":"","u":""}}],"r":"websocket"})"
+                       "\n");
+        commands.close();
+        const Outcome outcome = start(
+            {QStringLiteral("--plant"), QStringLiteral(EXAMPLES "/plants/large.json"),
+             QStringLiteral("--run-command-file"), commands.fileName(), QStringLiteral("--quit-when-done")});
+        QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.err));
+        QVERIFY2(outcome.out.contains(QLatin1String("\"value\":3000,\"unit\":\"V\"")),
+                 qPrintable(outcome.out));
+    }
+
+    void brokenPlantFile()
+    {
+        QFile plant(dir.filePath(QStringLiteral("plant.json")));
+        QVERIFY(plant.open(QIODevice::WriteOnly));
+        plant.write("{\n \"controller\": []}");
+        plant.close();
+        const Outcome outcome =
+            start({QStringLiteral("--plant"), plant.fileName(), QStringLiteral("--screenshot"),
+                   dir.filePath(QStringLiteral("none.png")), QStringLiteral("--quit-when-done")});
+        QCOMPARE(outcome.exitCode, 2);
+        QVERIFY2(
+            outcome.err.contains(plant.fileName()
+                                 + QStringLiteral(":2:2: a plant has no field \"controller\"; it has: seed, "
+                                                  "controllers, faults\n")),
+            qPrintable(outcome.err));
+        QVERIFY(outcome.out.isEmpty());
+    }
+
     void examples_data()
     {
         QTest::addColumn<QString>("file");

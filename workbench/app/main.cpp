@@ -6,6 +6,7 @@
 #include "workbench/app/plugin_library.h"
 #include "workbench/app/settings_store.h"
 #include "workbench/app/unattended_run.h"
+#include "workbench/simulator/real_clock.h"
 #include "workbench/simulator/simulated_service.h"
 
 #include <QApplication>
@@ -14,6 +15,7 @@
 #include <QTextStream>
 
 #include <chrono>
+#include <memory>
 #include <vector>
 
 namespace
@@ -63,7 +65,7 @@ void writeMessage(QtMsgType type, const QMessageLogContext &context, const QStri
 int run(const workbench::Options &options, QTextStream &out, QTextStream &err)
 {
     // In this order, so that they go in the other: window and tools, plug-in, client, service.
-    simulator::SimulatedService service;
+    simulator::SimulatedService service(std::make_shared<simulator::RealClock>(), options.plant);
     if (options.latency >= 0)
         service.setLatency(std::chrono::milliseconds(options.latency));
     DlDataAccess dataAccess(service);

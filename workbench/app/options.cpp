@@ -1,6 +1,7 @@
 #include "workbench/app/options.h"
 
 #include "workbench/app/translated_text.h"
+#include "workbench/simulator/plant_file.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -43,6 +44,23 @@ QString complaint(const QCommandLineParser &parser)
     return {};
 }
 
+/// Reads the plant that --plant and --seed ask for; what is wrong, or an empty text.
+QString readPlant(const QCommandLineParser &parser, simulator::PlantLayout &plant)
+{
+    QString error;
+    if (parser.isSet(QStringLiteral("plant"))
+        && !simulator::PlantFile::read(parser.value(QStringLiteral("plant")), plant, error))
+        return error;
+    if (parser.isSet(QStringLiteral("seed"))) {
+        const QString text = parser.value(QStringLiteral("seed"));
+        bool isNumber = false;
+        plant.seed = text.toUInt(&isNumber);
+        if (!isNumber)
+            return tr("--seed \"%1\" is not a whole number from 0 to 4294967295.").arg(text);
+    }
+    return {};
+}
+
 } // namespace
 
 bool Options::hasTask() const
@@ -79,6 +97,8 @@ OptionsResult parseOptions(const QStringList &arguments, Options &options, QStri
          file},
         {QStringLiteral("quit-when-done"), tr("End the program once file and picture are done.")},
         {QStringLiteral("latency"), tr("Answering time of the simulated service, 0 to 60000 ms."), tr("ms")},
+        {QStringLiteral("plant"), tr("Simulate the plant that this file describes."), file},
+        {QStringLiteral("seed"), tr("Seed of noise, sparks and jitter (the plant's)."), tr("number")},
     });
 
     if (!parser.parse(arguments)) {
@@ -115,7 +135,8 @@ OptionsResult parseOptions(const QStringList &arguments, Options &options, QStri
             return OptionsResult::Refuse;
         }
     }
-    return OptionsResult::Run;
+    message = readPlant(parser, options.plant);
+    return message.isEmpty() ? OptionsResult::Run : OptionsResult::Refuse;
 }
 
 } // namespace workbench

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "workbench/simulator/plant_layout.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -18,6 +20,7 @@ struct Options
     QString screenshotFile; ///< where to save a picture of the window; empty for none
     bool quitWhenDone = false; ///< end the program once file and picture are done: nobody is there
     int latency = -1; ///< answering time of the simulated service in ms, 0 to 60000; -1 for its own
+    simulator::PlantLayout plant = simulator::PlantLayout::rehearsal(); ///< what is simulated, with its seed
 
     /// Whether there is something to do by itself.
     bool hasTask() const;
