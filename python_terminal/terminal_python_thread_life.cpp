@@ -8,6 +8,7 @@
 #include "python_terminal/console_redirection.h"
 #include "python_terminal/fallback_names.h"
 #include "python_terminal/other_threads.h"
+#include "python_terminal/password_prompt.h"
 #include "python_terminal/python_runtime.h"
 
 #include <QCoreApplication>
@@ -139,6 +140,7 @@ void TerminalPythonThread::initialize()
     if (list)
         PyDict_SetItemString(globals, "__dir__", list.get());
     python_terminal::prepareForChildProcesses(runtime.interpreter);
+    python_terminal::askForPasswordsInConsole();
     PyErr_Clear();
     setUpNamespace();
 }

@@ -6,7 +6,11 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <cstdlib>
 #include <memory>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 /// Starts in a process of their own: with runtimes of all kinds beside the program, with a standard output that is used
 /// for all kinds of things, and what a signal does to it.
@@ -27,10 +31,38 @@ private Q_SLOTS:
     void standardOutput_data();
     void standardOutput();
     void interruptSignal();
+    void passwordsWithATerminal();
 
 private:
+    /// A program that was started in a terminal window.
+    class ProcessOfATerminal : public QProcess
+    {
+    public:
+        bool hasTerminal() const { return !slave.isEmpty(); }
+
+    protected:
+        void setupChildProcess() override
+        {
+            ::setsid();
+            // The first one that a process without a terminal opens becomes its own.
+            ::open(slave.constData(), O_RDWR);
+        }
+
+    private:
+        static QByteArray unlocked(int terminal)
+        {
+            const bool isUsable = ::grantpt(terminal) == 0 && ::unlockpt(terminal) == 0;
+            return isUsable ? QByteArray(::ptsname(terminal)) : QByteArray();
+        }
+
+        QFile master{QStringLiteral("/dev/ptmx")};
+        const bool isOpen = master.open(QIODevice::ReadWrite | QIODevice::Unbuffered);
+        const QByteArray slave = isOpen ? unlocked(master.handle()) : QByteArray();
+    };
+
     /// Runs the program, which must come to a good end.
     void run(const QStringList &lines, const char *before = "none", const char *after = "none");
+    void run(QProcess &process, const QStringList &lines, const char *before, const char *after);
     QString path(const QString &name) const { return directory->filePath(name); }
     void makeLibrary(const QString &name, const QStringList &modules);
 
@@ -89,8 +121,14 @@ void TestTerminalPythonThreadStart::cleanup()
 
 void TestTerminalPythonThreadStart::run(const QStringList &lines, const char *before, const char *after)
 {
-    const QString report = path(QStringLiteral("report"));
     QProcess process;
+    run(process, lines, before, after);
+}
+
+void TestTerminalPythonThreadStart::run(QProcess &process, const QStringList &lines, const char *before,
+                                        const char *after)
+{
+    const QString report = path(QStringLiteral("report"));
     process.start(path(QStringLiteral("program")),
                   QStringList{report, QString::fromLatin1(before), QString::fromLatin1(after)} + lines);
     constexpr int LongestRun = 120'000;
@@ -259,6 +297,21 @@ void TestTerminalPythonThreadStart::interruptSignal()
     QCOMPARE(signalTexts.mid(3),
              QStringList({QStringLiteral("done"), QStringLiteral("out 1"), QStringLiteral("out \n"),
                           QStringLiteral("done")}));
+}
+
+void TestTerminalPythonThreadStart::passwordsWithATerminal()
+{
+    ProcessOfATerminal process;
+    QVERIFY(process.hasTerminal());
+    QVERIFY(QFile::link(QCoreApplication::applicationDirPath() + QStringLiteral("/python-3.7.1"),
+                        path(QStringLiteral("python-3.7.1"))));
+    run(process,
+        {QStringLiteral("open('/dev/tty').isatty()"), QStringLiteral("import getpass"),
+         QStringLiteral("getpass.getpass('Key: ')")},
+        "none", "none");
+    QVERIFY2(signalTexts.contains(QStringLiteral("out True")),
+             qPrintable(signalTexts.join(QLatin1Char('|'))));
+    QVERIFY2(signalTexts.contains(QStringLiteral("input")), qPrintable(signalTexts.join(QLatin1Char('|'))));
 }
 
 QTEST_GUILESS_MAIN(TestTerminalPythonThreadStart)
