@@ -38,7 +38,7 @@ inline simulator::ModuleLayout moduleOf(const simulator::LoadLayout &load, std::
     return layout;
 }
 
-/// The first channel of a module, in a time that the test steps.
+/// The first channel of a module, unless told otherwise, in a time that the test steps.
 class ChannelBench
 {
 public:
@@ -50,25 +50,31 @@ public:
         advance(0);
     }
 
-    QString text(const char *item)
+    QString text(const char *item, std::size_t channel = 0)
     {
         const simulator::ItemDefinition &definition =
             *simulator::channelItems().find(QString::fromLatin1(item));
-        return simulator::formatValue(definition, module.readChannel(0, definition, now));
+        return simulator::formatValue(definition, module.readChannel(channel, definition, now));
     }
-    double number(const char *item) { return text(item).toDouble(); }
-    bool isTrue(const char *item) { return text(item) == QLatin1String("true"); }
+    double number(const char *item, std::size_t channel = 0) { return text(item, channel).toDouble(); }
+    bool isTrue(const char *item, std::size_t channel = 0)
+    {
+        return text(item, channel) == QLatin1String("true");
+    }
 
-    TarnResult write(const char *item, const char *value)
+    TarnResult write(const char *item, const char *value, std::size_t channel = 0)
     {
         const simulator::ItemDefinition &definition =
             *simulator::channelItems().find(QString::fromLatin1(item));
         simulator::ItemValue parsed;
         if (!simulator::parseValue(definition, QString::fromLatin1(value), QString(), parsed))
             return TarnResult::Failed;
-        return module.writeChannel(0, definition, parsed, now);
+        return module.writeChannel(channel, definition, parsed, now);
     }
-    bool set(const char *item, const char *value) { return write(item, value) == TarnResult::Success; }
+    bool set(const char *item, const char *value, std::size_t channel = 0)
+    {
+        return write(item, value, channel) == TarnResult::Success;
+    }
 
     bool setModule(const char *item, const char *value)
     {

@@ -144,7 +144,7 @@ private:
     void switchOff(double now);
     void trip(double now);
     void spark(double now);
-    void startArc(double now);
+    void drawSpark(double now);
     bool mayBeSwitchedOn() const;
     TarnResult writeQuantity(ChannelQuantity which, const ItemValue &value, double now);
     TarnResult writeRampspeed(ChannelQuantity which, double speed, double now);

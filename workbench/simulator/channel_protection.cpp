@@ -90,8 +90,13 @@ void Channel::applyFault(const Fault &fault, bool begins, double now)
 {
     switch (fault.kind) {
     case FaultKind::Spark:
-        sparksLeft = begins ? static_cast<quint16>(qBound(1.0, std::round(fault.amount), 65535.0)) : 0;
-        nextSpark = begins ? now : Never;
+        if (begins) {
+            sparksLeft = static_cast<quint16>(qBound(1.0, std::round(fault.amount), 65535.0));
+            spark(now);
+        } else if (sparksLeft > 0) {
+            sparksLeft = 0;
+            drawSpark(now);
+        }
         break;
     case FaultKind::Short:
         turn(now, [&] { output.setShorted(begins, now); });
@@ -108,8 +113,6 @@ void Channel::applyFault(const Fault &fault, bool begins, double now)
     default:
         return; // not of a channel
     }
-    if (fault.kind == FaultKind::Spark && begins)
-        spark(now);
     settle(now);
 }
 
@@ -278,7 +281,7 @@ void Channel::plan(double now)
     dueKind = time == Never ? Due::Nothing : Due::OutputTurns;
     dueDetail = static_cast<quint8>(next.turn);
     const auto consider = [&](double at, Due kind, quint8 detail) {
-        if (at >= time)
+        if (!(at < time))
             return;
         time = at;
         dueKind = kind;
@@ -363,8 +366,12 @@ void Channel::updateWatches(double now)
 
 void Channel::followWatch(Watch watch, double now)
 {
-    if (watch != SparkingVoltage || sparksLeft > 0)
-        return;
+    if (watch == SparkingVoltage && sparksLeft == 0)
+        drawSpark(now);
+}
+
+void Channel::drawSpark(double now)
+{
     if ((crossed & (1U << SparkingVoltage)) == 0) {
         nextSpark = Never;
         return;

@@ -1,0 +1,483 @@
+#include "tests/workbench/channel_bench.h"
+
+#include <QtTest>
+
+using namespace simulator;
+
+Q_DECLARE_METATYPE(FaultKind)
+
+/// What a channel does by itself when something goes wrong. It always begins at 100 s.
+class TestChannelProtection : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void trip_data();
+    void trip();
+    void tripsAgain();
+    void shortOverloadDoesNotTrip();
+    void tripTimeWhileItRuns();
+    void statusOfATrip();
+    void inhibit_data();
+    void inhibit();
+    void inhibitKeepsOff();
+    void inhibitActionWhileActive();
+    void limits_data();
+    void limits();
+    void killWhileExceeded();
+    void voltageBounds();
+    void currentBounds();
+    void sparks();
+    void tooManySparks();
+    void clearingErrorsForgetsSparks();
+    void nothingSparksWithoutVoltage();
+    void sparksByChance();
+    void clearingWhatStillIsTheCase_data();
+    void clearingWhatStillIsTheCase();
+    void masks();
+};
+
+namespace
+{
+
+constexpr double Microsecond = 1e-6;
+constexpr double Start = 100; // s
+
+bool isAt(double time, double expected)
+{
+    return std::abs(time - expected) <= Microsecond;
+}
+
+/// Two channels; the first is on its way to 1000 V and will be limited to half a milliampere at 500 V, 2.5 s later.
+class OverloadBench : public ChannelBench
+{
+public:
+    OverloadBench() : ChannelBench(moduleOf(resistiveLoad(Load), 2))
+    {
+        isReady = set("Control.voltageSet", "700", 1) && set("Control.on", "1", 1)
+            && set("Control.currentSet", "0.0005") && set("Control.voltageSet", "1000")
+            && set("Control.on", "1");
+    }
+    bool isReady = false;
+};
+
+} // namespace
+
+void TestChannelProtection::trip_data()
+{
+    QTest::addColumn<QByteArray>("action");
+    QTest::addColumn<QByteArray>("milliseconds");
+    QTest::addColumn<bool>("kill");
+    QTest::addColumn<double>("trippedAt"); // s after the start, below 0 for never
+    QTest::addColumn<bool>("isOn");
+    QTest::addColumn<double>("volts"); // a second after the trip
+    QTest::addColumn<bool>("otherIsOn");
+    const auto row = [](const char *name, const char *action, const char *time, bool kill, double at, bool on,
+                        double volts, bool otherOn) {
+        QTest::newRow(name) << QByteArray(action) << QByteArray(time) << kill << at << on << volts << otherOn;
+    };
+    row("no action", "0", "100", false, 2.6, true, 500, true);
+    row("with ramp", "1", "100", false, 2.6, false, 300, true);
+    row("without ramp", "2", "100", false, 2.6, false, 0, true);
+    row("whole module", "3", "100", false, 2.6, false, 0, false);
+    row("disabled", "4", "100", false, -1, true, 500, true);
+    row("at once", "2", "0", false, 2.5, false, 0, true);
+    row("a second", "2", "1000", false, 3.5, false, 0, true);
+    row("a minute", "2", "60000", false, 62.5, false, 0, true);
+    row("no action, kill", "0", "100", true, 2.6, false, 0, true);
+    row("with ramp, kill", "1", "100", true, 2.6, false, 0, true);
+    row("whole module, kill", "3", "100", true, 2.6, false, 0, false);
+    row("disabled, kill", "4", "100", true, -1, true, 500, true);
+}
+
+void TestChannelProtection::trip()
+{
+    QFETCH(QByteArray, action);
+    QFETCH(QByteArray, milliseconds);
+    QFETCH(bool, kill);
+    QFETCH(double, trippedAt);
+    QFETCH(double, volts);
+    OverloadBench bench;
+    QVERIFY(bench.isReady);
+    QVERIFY(bench.set("Setup.delayedTripAction", action.constData()));
+    QVERIFY(bench.set("Setup.delayedTripTime", milliseconds.constData()));
+    QVERIFY(bench.setModule("Control.kill", kill ? "1" : "0"));
+    bench.advance(trippedAt > 0 ? trippedAt + 1 : 100);
+    QVERIFY(isAt(bench.timeOf("Event.constantCurrent"), Start + 2.5));
+    QCOMPARE(bench.isTrue("Event.currentTrip"), trippedAt > 0);
+    QCOMPARE(bench.isTrue("Error.currentTrip"), trippedAt > 0);
+    if (trippedAt > 0) {
+        QVERIFY(isAt(bench.timeOf("Event.currentTrip"), Start + trippedAt));
+        QVERIFY(isAt(bench.timeOf("Error.currentTrip"), Start + trippedAt));
+    }
+    QTEST(bench.isTrue("Control.on"), "isOn");
+    QVERIFY(isWithin(bench.number("Status.voltageMeasure"), volts, OnePercent));
+    QTEST(bench.isTrue("Control.on", 1), "otherIsOn");
+    QVERIFY(!bench.isTrue("Event.currentTrip", 1));
+}
+
+void TestChannelProtection::tripsAgain()
+{
+    OverloadBench bench;
+    bench.advance(10);
+    QVERIFY(bench.set("Control.clearAll", "1"));
+    QVERIFY(bench.isTrue("Event.currentTrip")); // the current still is at its limit
+    QVERIFY(bench.set("Control.currentSet", "0.004"));
+    QVERIFY(!bench.isTrue("Status.currentTrip"));
+    QVERIFY(bench.set("Control.clearAll", "1"));
+    QVERIFY(!bench.isTrue("Event.currentTrip"));
+    QVERIFY(bench.set("Control.currentSet", "0.0005"));
+    bench.advance(0.099);
+    QVERIFY(!bench.isTrue("Event.currentTrip"));
+    bench.advance(0.002);
+    QVERIFY(bench.isTrue("Event.currentTrip"));
+    QVERIFY(isAt(bench.timeOf("Event.currentTrip"), Start + 10.1));
+}
+
+void TestChannelProtection::shortOverloadDoesNotTrip()
+{
+    ChannelBench bench;
+    QVERIFY(bench.set("Setup.delayedTripAction", "2"));
+    QVERIFY(bench.rampedTo("1000"));
+    for (int overload = 0; overload < 5; ++overload) {
+        bench.fault(FaultKind::Short, true);
+        bench.advance(0.09);
+        QVERIFY(bench.isTrue("Status.constantCurrent"));
+        bench.fault(FaultKind::Short, false);
+        bench.advance(0.05);
+    }
+    QVERIFY(bench.isTrue("Control.on"));
+    QVERIFY(!bench.isTrue("Event.currentTrip"));
+    QCOMPARE(bench.number("Status.voltageMeasure"), 1000.0);
+}
+
+void TestChannelProtection::tripTimeWhileItRuns()
+{
+    OverloadBench bench;
+    QVERIFY(bench.set("Setup.delayedTripTime", "5000"));
+    bench.advance(4.5); // two seconds of the five
+    QVERIFY(bench.set("Setup.delayedTripTime", "3000"));
+    bench.advance(1.1);
+    QVERIFY(isAt(bench.timeOf("Event.currentTrip"), Start + 5.5));
+}
+
+void TestChannelProtection::statusOfATrip()
+{
+    OverloadBench bench;
+    bench.advance(2.59);
+    QVERIFY(!bench.isTrue("Status.currentTrip"));
+    bench.advance(0.02);
+    QVERIFY(bench.isTrue("Status.currentTrip"));
+    QCOMPARE(bench.text("Status.runningState"), QStringLiteral("error"));
+    QVERIFY(bench.set("Control.on", "0"));
+    QVERIFY(!bench.isTrue("Status.currentTrip"));
+    QVERIFY(bench.isTrue("Event.currentTrip"));
+}
+
+void TestChannelProtection::inhibit_data()
+{
+    QTest::addColumn<QByteArray>("action");
+    QTest::addColumn<bool>("isOn");
+    QTest::addColumn<double>("volts"); // a second later
+    QTest::addColumn<bool>("otherIsOn");
+    QTest::newRow("no action") << QByteArray("0") << true << 1000.0 << true;
+    QTest::newRow("with ramp") << QByteArray("1") << false << 800.0 << true;
+    QTest::newRow("without ramp") << QByteArray("2") << false << 0.0 << true;
+    QTest::newRow("whole module") << QByteArray("3") << false << 0.0 << false;
+}
+
+void TestChannelProtection::inhibit()
+{
+    QFETCH(QByteArray, action);
+    QFETCH(double, volts);
+    ChannelBench bench(moduleOf(resistiveLoad(Load), 2));
+    QVERIFY(bench.set("Control.voltageSet", "700", 1));
+    QVERIFY(bench.set("Control.on", "1", 1));
+    QVERIFY(bench.set("Setup.externalInhibitAction", action.constData()));
+    QVERIFY(bench.rampedTo("1000"));
+    QVERIFY(!bench.isTrue("Status.externalInhibitActive"));
+    bench.fault(FaultKind::ExternalInhibit, true);
+    QVERIFY(bench.isTrue("Status.externalInhibitActive"));
+    QVERIFY(isAt(bench.timeOf("Event.externalInhibitActive"), bench.now));
+    QVERIFY(isAt(bench.timeOf("Error.externalInhibitActive"), bench.now));
+    bench.advance(1);
+    QTEST(bench.isTrue("Control.on"), "isOn");
+    QVERIFY(isWithin(bench.number("Status.voltageMeasure"), volts, OnePercent));
+    QTEST(bench.isTrue("Control.on", 1), "otherIsOn");
+    bench.fault(FaultKind::ExternalInhibit, false);
+    QVERIFY(!bench.isTrue("Status.externalInhibitActive"));
+    QVERIFY(bench.isTrue("Event.externalInhibitActive"));
+    QVERIFY(bench.isTrue("Error.externalInhibitActive"));
+}
+
+void TestChannelProtection::inhibitKeepsOff()
+{
+    ChannelBench bench;
+    QVERIFY(bench.set("Setup.externalInhibitAction", "2"));
+    bench.fault(FaultKind::ExternalInhibit, true);
+    QCOMPARE(bench.write("Control.on", "1"), TarnResult::Failed);
+    QVERIFY(bench.isTrue("Event.inputError"));
+    bench.fault(FaultKind::ExternalInhibit, false);
+    QVERIFY(bench.set("Control.on", "1"));
+}
+
+void TestChannelProtection::inhibitActionWhileActive()
+{
+    ChannelBench bench;
+    QVERIFY(bench.rampedTo("1000"));
+    bench.fault(FaultKind::ExternalInhibit, true);
+    QVERIFY(bench.isTrue("Control.on"));
+    QVERIFY(bench.set("Setup.externalInhibitAction", "2"));
+    QVERIFY(!bench.isTrue("Control.on"));
+    QCOMPARE(bench.number("Status.voltageMeasure"), 0.0);
+}
+
+void TestChannelProtection::limits_data()
+{
+    QTest::addColumn<bool>("ofVoltage");
+    QTest::addColumn<bool>("kill");
+    QTest::newRow("voltage") << true << false;
+    QTest::newRow("voltage, kill") << true << true;
+    QTest::newRow("current") << false << false;
+    QTest::newRow("current, kill") << false << true;
+}
+
+void TestChannelProtection::limits()
+{
+    QFETCH(bool, ofVoltage);
+    QFETCH(bool, kill);
+    ModuleLayout layout = moduleOf(resistiveLoad(Load));
+    layout.voltageLimit = 50; // %: 1000 V
+    layout.currentLimit = 25; // %: 1 mA, which the load draws at 1000 V
+    // What is measured is a tenth more at the limit, so that it is there at 900 V and 0.9 mA, 4.5 s after the start.
+    layout.measurement.voltageOffset = ofVoltage ? 100 : 0;
+    layout.measurement.currentOffset = ofVoltage ? 0 : 0.0001;
+    const char *const status = ofVoltage ? "Status.voltageLimitExceeded" : "Status.currentLimitExceeded";
+    const char *const event = ofVoltage ? "Event.voltageLimitExceeded" : "Event.currentLimitExceeded";
+    const char *const error = ofVoltage ? "Error.voltageLimitExceeded" : "Error.currentLimitExceeded";
+
+    ChannelBench bench(layout);
+    QCOMPARE(bench.number("Status.voltageLimit"), 1000.0);
+    QCOMPARE(bench.number("Status.currentLimit"), 0.001);
+    QCOMPARE(bench.number("Control.currentSet"), 0.001);
+    QCOMPARE(bench.write("Control.voltageSet", "1000.1"), TarnResult::Failed);
+    QCOMPARE(bench.write("Control.currentSet", "0.0010001"), TarnResult::Failed);
+    QVERIFY(bench.setModule("Control.kill", kill ? "1" : "0"));
+    QVERIFY(bench.set("Control.voltageSet", "990"));
+    QVERIFY(bench.set("Control.on", "1"));
+    bench.advance(4.49);
+    QVERIFY(!bench.isTrue(status));
+    bench.advance(0.02);
+    QVERIFY(isWithin(bench.timeOf(event) - Start, 4.5, 0.001));
+    QVERIFY(isWithin(bench.timeOf(error) - Start, 4.5, 0.001));
+    QVERIFY(bench.isTrue(event));
+    QVERIFY(bench.isTrue(error));
+    QCOMPARE(bench.isTrue(status), !kill);
+    QCOMPARE(bench.isTrue("Control.on"), !kill);
+    if (kill)
+        QVERIFY(bench.number("Status.voltageMeasure") <= layout.measurement.voltageOffset);
+}
+
+void TestChannelProtection::killWhileExceeded()
+{
+    ModuleLayout layout = moduleOf(resistiveLoad(Load));
+    layout.measurement.voltageOffset = 100;
+    ChannelBench bench(layout);
+    QVERIFY(bench.rampedTo("1950"));
+    QVERIFY(bench.isTrue("Status.voltageLimitExceeded"));
+    QVERIFY(bench.isTrue("Control.on"));
+    QVERIFY(bench.setModule("Control.kill", "1"));
+    QVERIFY(!bench.isTrue("Control.on"));
+}
+
+void TestChannelProtection::voltageBounds()
+{
+    // After the short the output is charged again: C V / I = 1 µF · 900 V / 1 mA to within 100 V of 1000 V.
+    LoadLayout load = capacitiveLoad(NoLoad, 1e-6);
+    ChannelBench bench(load);
+    QVERIFY(bench.set("Control.currentSet", "0.001"));
+    QVERIFY(bench.set("Control.voltageBounds", "100"));
+    QVERIFY(bench.rampedTo("1000"));
+    QVERIFY(!bench.isTrue("Event.voltageBoundExceeded"));
+    bench.fault(FaultKind::Short, true);
+    QVERIFY(bench.isTrue("Status.voltageBoundExceeded"));
+    QVERIFY(bench.isTrue("Status.voltageBoundLower"));
+    QVERIFY(!bench.isTrue("Status.voltageBoundUpper"));
+    bench.fault(FaultKind::Short, false);
+    bench.advance(0.899);
+    QVERIFY(bench.isTrue("Status.voltageBoundExceeded"));
+    bench.advance(0.002);
+    QVERIFY(!bench.isTrue("Status.voltageBoundExceeded"));
+    QVERIFY(bench.isTrue("Event.voltageBoundExceeded"));
+    QVERIFY(bench.isTrue("Event.voltageBoundLower"));
+    QVERIFY(bench.isTrue("Error.voltageBoundExceeded"));
+}
+
+void TestChannelProtection::currentBounds()
+{
+    // The leakage drifts to half a milliampere below the set value, 2 mA, in 150 s of the plant's time.
+    LoadLayout load = resistiveLoad(NoLoad);
+    load.leakageDrift = 1e-5;
+    ChannelBench bench(load);
+    QVERIFY(bench.set("Control.currentSet", "0.002"));
+    QVERIFY(bench.set("Control.voltageSet", "100"));
+    QVERIFY(bench.set("Control.on", "1"));
+    bench.advance(1);
+    QVERIFY(bench.set("Control.currentBounds", "0.0005"));
+    QVERIFY(bench.isTrue("Status.currentBoundExceeded"));
+    bench.advance(48.99); // 149.99 s
+    QVERIFY(bench.isTrue("Status.currentBoundExceeded"));
+    bench.advance(0.02);
+    QVERIFY(!bench.isTrue("Status.currentBoundExceeded"));
+    QVERIFY(bench.isTrue("Event.currentBoundExceeded"));
+    QVERIFY(bench.isTrue("Error.currentBoundExceeded"));
+}
+
+void TestChannelProtection::sparks()
+{
+    ChannelBench bench;
+    QVERIFY(bench.rampedTo("1000"));
+    bench.fault(FaultKind::Spark, true, 3);
+    const auto is = [&bench](double volts, bool arc) {
+        return bench.number("Status.voltageMeasure") == volts && bench.isTrue("Status.arc") == arc
+            && bench.isTrue("Status.constantCurrent") == arc;
+    };
+    for (int spark = 0; spark < 3; ++spark) {
+        QVERIFY(is(0, true));
+        QCOMPARE(bench.number("Status.currentMeasure"), NominalCurrent);
+        bench.advance(0.00499);
+        QVERIFY(is(0, true));
+        bench.advance(0.00002); // 5.01 ms
+        QVERIFY(is(1000, false));
+        bench.advance(0.00498); // 9.99 ms
+        QVERIFY(is(1000, false));
+        bench.advance(0.000011);
+    }
+    QVERIFY(is(1000, false)); // there is no fourth
+    QVERIFY(bench.isTrue("Event.arc"));
+    QVERIFY(!bench.isTrue("Error.arc"));
+    QVERIFY(bench.isTrue("Control.on"));
+}
+
+void TestChannelProtection::tooManySparks()
+{
+    ChannelBench bench;
+    QVERIFY(bench.rampedTo("1000"));
+    const double start = bench.now;
+    bench.fault(FaultKind::Spark, true, 20);
+    bench.advance(1);
+    QVERIFY(bench.isTrue("Error.arc"));
+    QVERIFY(bench.isTrue("Event.arcError"));
+    QVERIFY(isAt(bench.timeOf("Error.arc"), start + 0.04)); // the fifth
+    QVERIFY(!bench.isTrue("Control.on"));
+    QCOMPARE(bench.number("Status.voltageMeasure"), 0.0);
+    QCOMPARE(bench.number("Status.currentMeasure"), 0.0);
+}
+
+void TestChannelProtection::clearingErrorsForgetsSparks()
+{
+    ChannelBench bench;
+    QVERIFY(bench.rampedTo("1000"));
+    for (int times = 0; times < 3; ++times) {
+        bench.fault(FaultKind::Spark, true, 4);
+        bench.advance(1);
+        QVERIFY(!bench.isTrue("Error.arc"));
+        QVERIFY(bench.set("Control.clearErrors", "1"));
+    }
+    bench.fault(FaultKind::Spark, true, 4);
+    bench.advance(1);
+    QVERIFY(bench.set("Control.clearEvents", "1"));
+    bench.fault(FaultKind::Spark, true, 1);
+    QVERIFY(bench.isTrue("Error.arc"));
+}
+
+void TestChannelProtection::nothingSparksWithoutVoltage()
+{
+    ChannelBench bench;
+    bench.fault(FaultKind::Spark, true, 3);
+    bench.advance(1);
+    QVERIFY(!bench.isTrue("Event.arc"));
+    QCOMPARE(bench.number("Status.currentMeasure"), 0.0);
+}
+
+void TestChannelProtection::sparksByChance()
+{
+    constexpr double Interval = 20; // s
+    LoadLayout load = resistiveLoad(Load);
+    load.sparkInterval = Interval;
+    ChannelBench bench(load);
+    QVERIFY(bench.set("Control.voltageSet", "1000"));
+    QVERIFY(bench.set("Control.on", "1"));
+    bench.advance(100 * Interval);
+    QVERIFY(!bench.isTrue("Event.arc")); // only above half the limit
+    QVERIFY(bench.set("Control.voltageSet", "1500"));
+    constexpr int Sparks = 400;
+    for (int spark = 0; spark < Sparks; ++spark) {
+        for (int second = 0; !bench.isTrue("Event.arc"); ++second) {
+            QVERIFY(second < 100 * Interval);
+            bench.advance(1);
+        }
+        bench.advance(0.01); // until the arc is over
+        QVERIFY(bench.set("Control.clearAll", "1"));
+        QVERIFY(bench.isTrue("Control.on"));
+    }
+    // The mean of 400 exponential intervals has a standard deviation of a twentieth.
+    const double mean = (bench.now - Start - 100 * Interval - 2.5) / Sparks;
+    QVERIFY2(isWithin(mean, Interval, 0.2), qPrintable(QString::number(mean)));
+}
+
+void TestChannelProtection::clearingWhatStillIsTheCase_data()
+{
+    QTest::addColumn<FaultKind>("fault");
+    QTest::addColumn<QByteArray>("item");
+    QTest::newRow("inhibit") << FaultKind::ExternalInhibit << QByteArray("externalInhibitActive");
+    QTest::newRow("trip") << FaultKind::Short << QByteArray("currentTrip");
+}
+
+void TestChannelProtection::clearingWhatStillIsTheCase()
+{
+    QFETCH(FaultKind, fault);
+    QFETCH(QByteArray, item);
+    const QByteArray event = "Event." + item;
+    const QByteArray error = "Error." + item;
+    ChannelBench bench;
+    QVERIFY(bench.rampedTo("1000"));
+    bench.fault(fault, true);
+    bench.advance(1);
+    QVERIFY(bench.isTrue(event.constData()));
+    QVERIFY(bench.set("Control.clearAll", "1"));
+    QVERIFY(bench.isTrue(event.constData()));
+    QVERIFY(bench.isTrue(error.constData()));
+    bench.fault(fault, false);
+    bench.advance(1);
+    QVERIFY(bench.isTrue(event.constData()));
+    QVERIFY(bench.set("Control.clearEvents", "1"));
+    QVERIFY(!bench.isTrue(event.constData()));
+    QVERIFY(bench.isTrue(error.constData()));
+    QVERIFY(bench.set("Control.clearErrors", "1"));
+    QVERIFY(!bench.isTrue(error.constData()));
+}
+
+void TestChannelProtection::masks()
+{
+    const auto without = [](ChannelCondition condition) { return QByteArray::number(~bit(condition)); };
+    ChannelBench bench;
+    QVERIFY(!bench.set("Control.voltageSet", "9999"));
+    bench.fault(FaultKind::ExternalInhibit, true);
+    QCOMPARE(bench.number("Status.eventCounter"), 2.0);
+    QCOMPARE(bench.moduleText("Status.eventCounter"), QStringLiteral("2"));
+    QVERIFY(bench.set("Control.channelEventMask", without(ChannelCondition::InputError).constData()));
+    QCOMPARE(bench.number("Status.eventCounter"), 2.0);
+    QCOMPARE(bench.moduleText("Status.eventCounter"), QStringLiteral("1"));
+    QVERIFY(bench.setModule("Control.moduleChannelEventMask",
+                            without(ChannelCondition::ExternalInhibit).constData()));
+    QCOMPARE(bench.moduleText("Status.eventCounter"), QStringLiteral("0"));
+    QCOMPARE(bench.moduleText("Status.errorCounter"), QStringLiteral("1"));
+    QVERIFY(bench.isTrue("Event.externalInhibitActive"));
+    QCOMPARE(bench.moduleText("Status.runningState"), QStringLiteral("error"));
+    QVERIFY(bench.set("Control.channelEventMask", "4294967295"));
+    QCOMPARE(bench.moduleText("Status.eventCounter"), QStringLiteral("1"));
+}
+
+QTEST_APPLESS_MAIN(TestChannelProtection)
+#include "tst_channel_protection.moc"
