@@ -62,7 +62,7 @@ enum class Group
 
 Group groupOf(const Include &include, const QString &ownHeader)
 {
-    static const QRegularExpression qt(QStringLiteral("^(Qt?[A-Z]|q[a-z]+\\.h)"));
+    static const QRegularExpression qt(QStringLiteral("^(Qt?[A-Z]|q[a-z]+\\.h|qwt_)"));
     if (include.quoted)
         return include.path == ownHeader ? Group::Own : Group::Project;
     return qt.match(include.path).hasMatch() ? Group::Qt : Group::Standard;

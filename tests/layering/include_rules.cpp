@@ -54,6 +54,8 @@ QVector<IncludeRule> makeRules()
         {name("workbench/simulator/"),           core,        standard,       names({"hostclient/", "workbench/hostkit/orb_backend.h"})},
         // The plug-in is loaded at run time: the host knows it by the contract alone.
         {name("workbench/app/"),                 widgets,     standard,       names({"hostclient/", "hostsdk/", "workbench/"})},
+        // The one place that draws with Qwt.
+        {name("workbench/app/strip_chart"),      widgets,     any,            names({"hostclient/", "hostsdk/", "workbench/"})},
 
         {name("tests/"),                         QtUse::Any,  any,            names({"hostclient/", "hostsdk/", "orbclient/", "command_terminal/", "python_terminal/", "plugin/", "workbench/"})},
         {name("benchmarks/"),                    QtUse::Any,  any,            names({"hostclient/", "hostsdk/", "orbclient/", "command_terminal/", "python_terminal/", "plugin/", "workbench/", "tests/support/"})},

@@ -86,6 +86,8 @@ void TestIncludeRules::refusesOrAllows_data()
     row("workbench/app/a.cpp", "\"workbench/simulator/b.h\"", true);
     row("workbench/app/a.cpp", "\"plugin/terminal_plugin_state.h\"", false);
     row("workbench/app/a.cpp", "\"command_terminal/b.h\"", false);
+    row("workbench/app/a.cpp", "<qwt_plot.h>", false);
+    row("workbench/app/strip_chart_a.cpp", "<qwt_plot.h>", true);
 
     row("tests/support/a.cpp", "\"command_terminal/b.h\"", true);
     row("tests/command_terminal/tst_a.cpp", "\"tests/support/b.h\"", true);

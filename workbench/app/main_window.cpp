@@ -3,16 +3,20 @@
 #include "hostsdk/kd_main_data.h"
 #include "hostsdk/kd_plugin_configuration.h"
 #include "hostsdk/kd_plugin_widget.h"
+#include "workbench/app/plant_docks.h"
 #include "workbench/app/system_model.h"
+#include "workbench/app/system_panel.h"
 #include "workbench/app/system_view.h"
 #include "workbench/app/tool_dock.h"
 #include "workbench/app/tool_docks.h"
 #include "workbench/app/tool_host.h"
 #include "workbench/app/tool_menu.h"
 #include "workbench/app/unsaved_text.h"
+#include "workbench/simulator/object_address.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QDockWidget>
 #include <QHeaderView>
@@ -37,7 +41,8 @@ constexpr int SystemShare = 43; // percent of the default width
 
 } // namespace
 
-MainWindow::MainWindow(KdPluginInterface &plugin, KdMainData &mainData_, const SettingsStore &store_)
+MainWindow::MainWindow(KdPluginInterface &plugin, KdMainData &mainData_, const SettingsStore &store_,
+                       simulator::SimulatedService *plant)
     : mainData(mainData_), store(store_), host(std::make_unique<ToolHost>(plugin, mainData_))
 {
     setObjectName(QStringLiteral("workbench"));
@@ -49,6 +54,8 @@ MainWindow::MainWindow(KdPluginInterface &plugin, KdMainData &mainData_, const S
     buildMenus();
     buildBanner();
     buildSystemDock();
+    if (plant)
+        buildPlantDocks(*plant);
     counts = new QLabel(this);
     counts->setObjectName(QStringLiteral("counts"));
     statusBar()->addPermanentWidget(counts);
@@ -77,6 +84,8 @@ void MainWindow::resetLayout()
     addDockWidget(Qt::LeftDockWidgetArea, systemDock);
     systemDock->setFloating(false);
     systemDock->show();
+    if (plantViews)
+        plantViews->resetLayout();
     const QVector<quint32> classes = host->toolClasses();
     for (quint32 classId : classes) {
         if (ToolDock *dock = docks->dock(classId)) {
@@ -110,6 +119,8 @@ void MainWindow::shutDown()
     for (const QString &complaint : qAsConst(complaints))
         qWarning("%s", qUtf8Printable(complaint));
 
+    if (plantViews)
+        plantViews->stop();
     docks->closeAll();
 }
 
@@ -150,10 +161,11 @@ void MainWindow::buildMenus()
 void MainWindow::buildSystemDock()
 {
     model = new SystemModel(mainData, this);
-    view = new SystemView(*model, this);
+    panel = new SystemPanel(*model, this);
+    view = &panel->view();
     systemDock = new QDockWidget(tr("System"), this);
     systemDock->setObjectName(QStringLiteral("system"));
-    systemDock->setWidget(view);
+    systemDock->setWidget(panel);
     addDockWidget(Qt::LeftDockWidgetArea, systemDock);
 
     QAction *toggle = systemDock->toggleViewAction();
@@ -166,6 +178,46 @@ void MainWindow::buildSystemDock()
             [this](const OrbItemId &id) { host->announceItem(KD::ItemSelected, id); });
     connect(view, &SystemView::itemActivated, this,
             [this](const OrbItemId &id) { host->announceItem(KD::ItemActivated, id); });
+    connect(view, &SystemView::menuRequested, this, &MainWindow::showSystemMenu);
+}
+
+void MainWindow::buildPlantDocks(simulator::SimulatedService &plant)
+{
+    plantViews = new PlantDocks(mainData, plant, *this, this);
+    connect(plantViews, &PlantDocks::message, this, &MainWindow::showMessage);
+    const QList<QAction *> toggles = plantViews->toggles();
+    windowMenu->insertActions(windowMenu->actions().at(1), toggles);
+
+    auto *menuOfPlant = new QMenu(tr("&Simulation"), menuBar());
+    menuOfPlant->setObjectName(QStringLiteral("simulationMenu"));
+    menuOfPlant->addActions(plantViews->selectionActions());
+    menuBar()->insertMenu(windowMenu->menuAction(), menuOfPlant);
+    // What is selected in the tree is what the entries are for.
+    connect(menuOfPlant, &QMenu::aboutToShow, plantViews,
+            [this] { plantViews->setSelection(view->selectedIds()); });
+}
+
+void MainWindow::showSystemMenu(const QPoint &place)
+{
+    const QVector<OrbItemId> ids = view->selectedIds();
+    QStringList addresses;
+    for (const OrbItemId &id : ids)
+        addresses.append(simulator::addressText({id.type, id.line, id.address, id.channel}));
+    addresses.removeAll(QString());
+
+    auto *systemMenu = new QMenu(this);
+    systemMenu->setObjectName(QStringLiteral("systemMenu"));
+    systemMenu->setAttribute(Qt::WA_DeleteOnClose);
+    if (plantViews) {
+        plantViews->setSelection(ids);
+        systemMenu->addActions(plantViews->selectionActions());
+        systemMenu->addSeparator();
+    }
+    QAction *copy = systemMenu->addAction(addresses.size() > 1 ? tr("Copy &Addresses") : tr("Copy &Address"));
+    copy->setEnabled(!addresses.isEmpty());
+    connect(copy, &QAction::triggered, this,
+            [addresses] { QGuiApplication::clipboard()->setText(addresses.join(QLatin1Char('\n'))); });
+    systemMenu->popup(place);
 }
 
 void MainWindow::buildBanner()

@@ -13,10 +13,17 @@ class QDockWidget;
 class QLabel;
 class QMenu;
 
+namespace simulator
+{
+class SimulatedService;
+}
+
 namespace workbench
 {
 
+class PlantDocks;
 class SystemModel;
+class SystemPanel;
 class SystemView;
 class ToolDocks;
 class ToolHost;
@@ -29,8 +36,10 @@ class MainWindow : public QMainWindow
     Q_OBJECT
 
 public:
-    /// Plug-in and main data are kept and outlive the window. Reads layout and settings from `store`.
-    MainWindow(KdPluginInterface &plugin, KdMainData &mainData, const SettingsStore &store);
+    /// Plug-in and main data are kept and outlive the window, and so does the plant when there is one: without it there
+    /// is no chart, no message log and no fault to simulate. Reads layout and settings from `store`.
+    MainWindow(KdPluginInterface &plugin, KdMainData &mainData, const SettingsStore &store,
+               simulator::SimulatedService *plant = nullptr);
 
     /// Shuts down first, unless closing the window has done so.
     ~MainWindow() override;
@@ -39,6 +48,9 @@ public:
     ToolDocks &toolDocks() { return *docks; }
     ToolMenu &toolMenu() { return *menu; }
     SystemView &systemView() { return *view; }
+    SystemPanel &systemPanel() { return *panel; }
+    /// Null when the window has no plant.
+    PlantDocks *plantDocks() { return plantViews; }
 
     /// Puts window and docks where they are on the first start.
     void resetLayout();
@@ -53,6 +65,8 @@ protected:
 private:
     void buildMenus();
     void buildSystemDock();
+    void buildPlantDocks(simulator::SimulatedService &plant);
+    void showSystemMenu(const QPoint &place);
     void buildBanner();
     void restoreLayout();
     void applyDefaultSizes();
@@ -67,7 +81,9 @@ private:
     ToolMenu *menu = nullptr;
     ToolDocks *docks = nullptr;
     SystemModel *model = nullptr;
-    SystemView *view = nullptr;
+    SystemPanel *panel = nullptr;
+    SystemView *view = nullptr; ///< the panel's
+    PlantDocks *plantViews = nullptr;
     QDockWidget *systemDock = nullptr;
     QLabel *counts = nullptr;
     QMenu *windowMenu = nullptr;

@@ -63,6 +63,30 @@ void SystemModel::refresh(const QModelIndexList &rows)
     }
 }
 
+SystemState SystemModel::refreshState(const QModelIndex &row)
+{
+    if (!row.isValid())
+        return SystemState::Unknown;
+    auto *node = static_cast<SystemNode *>(row.internalPointer());
+    const SystemState state = readSystemState(*mainData.dataAccess->getOrbClientPtr(), node->id);
+    if (state != node->values.state) {
+        node->values.state = state;
+        const QModelIndex cell = row.sibling(row.row(), StateColumn);
+        Q_EMIT dataChanged(cell, cell);
+    }
+    return state;
+}
+
+SystemState SystemModel::stateAt(const QModelIndex &index) const
+{
+    return nodeAt(index).values.state;
+}
+
+QString SystemModel::nameAt(const QModelIndex &index) const
+{
+    return nodeAt(index).name;
+}
+
 OrbItemId SystemModel::idAt(const QModelIndex &index) const
 {
     return nodeAt(index).id;

@@ -35,6 +35,13 @@ public:
     /// Reads the values of these rows now and reports what changed.
     void refresh(const QModelIndexList &rows);
 
+    /// Reads no more than the state of one row now, reports a change, and gives it.
+    SystemState refreshState(const QModelIndex &row);
+
+    /// As it was last read.
+    SystemState stateAt(const QModelIndex &index) const;
+    QString nameAt(const QModelIndex &index) const;
+
     /// Address of a row; Undefined for an invalid index.
     OrbItemId idAt(const QModelIndex &index) const;
 

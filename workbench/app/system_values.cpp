@@ -87,30 +87,34 @@ SystemState deviceState(Reader &reader, bool isChannel)
 SystemValues readSystemValues(OrbClient &client, const OrbItemId &id)
 {
     SystemValues values;
+    if (id.type == OrbItemId::Channel) {
+        Reader reader(client, id);
+        values.voltageSet = reader.quantity(QLatin1String("Control.voltageSet"), voltageText);
+        values.voltageMeasure = reader.quantity(QLatin1String("Status.voltageMeasure"), voltageText);
+        values.currentMeasure = reader.quantity(QLatin1String("Status.currentMeasure"), currentText);
+    }
+    values.state = readSystemState(client, id);
+    return values;
+}
+
+SystemState readSystemState(OrbClient &client, const OrbItemId &id)
+{
     Reader reader(client, id);
     switch (id.type) {
     case OrbItemId::System: {
         const QString text = reader.text(QLatin1String("Status.runningStateOrb"));
         if (text.isEmpty())
-            values.state = SystemState::Unavailable;
-        else
-            values.state = text == QLatin1String("error") ? SystemState::Error : SystemState::On;
-        break;
+            return SystemState::Unavailable;
+        return text == QLatin1String("error") ? SystemState::Error : SystemState::On;
     }
     case OrbItemId::Crate:
     case OrbItemId::Module:
-        values.state = deviceState(reader, false);
-        break;
+        return deviceState(reader, false);
     case OrbItemId::Channel:
-        values.voltageSet = reader.quantity(QLatin1String("Control.voltageSet"), voltageText);
-        values.voltageMeasure = reader.quantity(QLatin1String("Status.voltageMeasure"), voltageText);
-        values.currentMeasure = reader.quantity(QLatin1String("Status.currentMeasure"), currentText);
-        values.state = deviceState(reader, true);
-        break;
+        return deviceState(reader, true);
     default: // a line has no items of its own
-        break;
+        return SystemState::Unknown;
     }
-    return values;
 }
 
 QString voltageText(double volts)

@@ -33,6 +33,9 @@ inline bool operator!=(const SystemValues &a, const SystemValues &b)
 /// Reads the values of one object now. What cannot be read stays empty.
 SystemValues readSystemValues(OrbClient &client, const OrbItemId &id);
 
+/// Reads no more than the state. Unknown for an object that has none.
+SystemState readSystemState(OrbClient &client, const OrbItemId &id);
+
 /// A voltage (V) with two decimals, such as "1,250.00 V" in the operator's own notation.
 QString voltageText(double volts);
 

@@ -3,6 +3,7 @@
 #include "workbench/app/system_model.h"
 #include "workbench/app/system_state.h"
 
+#include <QContextMenuEvent>
 #include <QDrag>
 #include <QHeaderView>
 #include <QMimeData>
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <tuple>
 
 namespace workbench
 {
@@ -29,6 +31,13 @@ void forEachRow(const QAbstractItemModel &model, const QModelIndex &parent,
         visit(index);
         forEachRow(model, index, visit);
     }
+}
+
+/// By place, so that what was selected in any order comes in that of the tree.
+bool comesBefore(const OrbItemId &a, const OrbItemId &b)
+{
+    return std::tie(a.connection, a.line, a.address, a.channel)
+        < std::tie(b.connection, b.line, b.address, b.channel);
 }
 
 /// What follows the pointer during a drag: the object's name, and how many more there are.
@@ -116,6 +125,19 @@ void SystemView::refreshVisible()
     system.refresh(visibleRows());
 }
 
+QVector<OrbItemId> SystemView::selectedIds() const
+{
+    QModelIndexList rows = selectionModel()->selectedRows();
+    std::sort(rows.begin(), rows.end(), [this](const QModelIndex &a, const QModelIndex &b) {
+        return comesBefore(system.idAt(a), system.idAt(b));
+    });
+    QVector<OrbItemId> ids;
+    ids.reserve(rows.size());
+    for (const QModelIndex &row : qAsConst(rows))
+        ids.append(system.idAt(row));
+    return ids;
+}
+
 QSize SystemView::sizeHint() const
 {
     return {header()->length() + 2 * frameWidth() + verticalScrollBar()->sizeHint().width(),
@@ -129,6 +151,16 @@ void SystemView::currentChanged(const QModelIndex &current, const QModelIndex &p
         return;
     chosenByPress = true;
     choose(current);
+}
+
+void SystemView::contextMenuEvent(QContextMenuEvent *event)
+{
+    QPoint place = event->globalPos();
+    // Asked for by the keyboard: where the row is, not where the pointer happens to be.
+    const QRect row = visualRect(currentIndex());
+    if (event->reason() == QContextMenuEvent::Keyboard && viewport()->rect().intersects(row))
+        place = viewport()->mapToGlobal(row.bottomLeft());
+    Q_EMIT menuRequested(place);
 }
 
 void SystemView::mousePressEvent(QMouseEvent *event)

@@ -5,6 +5,7 @@
 #include <QSet>
 #include <QTimer>
 #include <QTreeView>
+#include <QVector>
 
 namespace workbench
 {
@@ -30,6 +31,9 @@ public:
     /// Reads the rows in sight now.
     void refreshVisible();
 
+    /// What is selected, in the order of the tree.
+    QVector<OrbItemId> selectedIds() const;
+
     QSize sizeHint() const override;
 
 Q_SIGNALS:
@@ -39,7 +43,11 @@ Q_SIGNALS:
     /// The operator activated an object: a double click, or Enter.
     void itemActivated(const OrbItemId &id);
 
+    /// The operator wants the menu of what is selected, at that place on the screen.
+    void menuRequested(const QPoint &place);
+
 protected:
+    void contextMenuEvent(QContextMenuEvent *event) override;
     void currentChanged(const QModelIndex &current, const QModelIndex &previous) override;
     void mousePressEvent(QMouseEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;

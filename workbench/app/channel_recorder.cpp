@@ -1,0 +1,209 @@
+#include "workbench/app/channel_recorder.h"
+
+#include "workbench/app/fault_text.h"
+#include "workbench/app/plant_watcher.h"
+#include "workbench/app/translated_text.h"
+#include "workbench/simulator/simulated_service.h"
+
+#include <algorithm>
+
+namespace workbench
+{
+
+namespace
+{
+
+struct MarkRow
+{
+    const char *item; ///< without "Event." or "Error."
+    ChannelMark::Kind kind;
+    const char *text;
+};
+
+constexpr MarkRow MarkRows[] = {
+    {"currentTrip", ChannelMark::Trip, QT_TRANSLATE_NOOP("workbench", "trip")},
+    {"emergency", ChannelMark::Trip, QT_TRANSLATE_NOOP("workbench", "emergency off")},
+    {"externalInhibitActive", ChannelMark::Trip, QT_TRANSLATE_NOOP("workbench", "inhibit")},
+    {"voltageLimitExceeded", ChannelMark::Warning, QT_TRANSLATE_NOOP("workbench", "voltage limit")},
+    {"currentLimitExceeded", ChannelMark::Warning, QT_TRANSLATE_NOOP("workbench", "current limit")},
+    {"voltageBoundExceeded", ChannelMark::Warning, QT_TRANSLATE_NOOP("workbench", "voltage bounds")},
+    {"currentBoundExceeded", ChannelMark::Warning, QT_TRANSLATE_NOOP("workbench", "current bounds")},
+    {"arc", ChannelMark::Warning, QT_TRANSLATE_NOOP("workbench", "arc")},
+    {"arcError", ChannelMark::Trip, QT_TRANSLATE_NOOP("workbench", "too many arcs")},
+    {"constantCurrent", ChannelMark::Warning, QT_TRANSLATE_NOOP("workbench", "constant current")},
+    {"endOfRamp", ChannelMark::Information, QT_TRANSLATE_NOOP("workbench", "end of ramp")},
+    {"inputError", ChannelMark::Information, QT_TRANSLATE_NOOP("workbench", "input error")},
+};
+
+/// Whether what happened to the one object happened to the channel too.
+bool concerns(const simulator::JournalEntry &entry, const ChannelRecord &record)
+{
+    const simulator::ObjectAddress &object = entry.object;
+    const simulator::ObjectAddress &channel = record.address();
+    if (entry.controller != record.controller())
+        return false;
+    switch (object.level) {
+    case OrbItemId::Channel:
+        return object == channel;
+    case OrbItemId::Module:
+        return object.line == channel.line && object.address == channel.address;
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+bool markOf(const simulator::JournalEntry &entry, ChannelMark &mark)
+{
+    using simulator::JournalEntry;
+    mark.time = entry.time;
+    if (entry.kind == JournalEntry::FaultBegins || entry.kind == JournalEntry::FaultEnds) {
+        simulator::FaultKind kind{};
+        const QString name =
+            simulator::faultOfName(entry.text, kind) ? faultText(kind).toLower() : entry.text;
+        mark.kind = ChannelMark::Simulated;
+        mark.text = entry.kind == JournalEntry::FaultBegins ? tr("simulated: %1").arg(name)
+                                                            : tr("over: %1").arg(name);
+        return true;
+    }
+    if (entry.kind != JournalEntry::Event && entry.kind != JournalEntry::Error)
+        return false;
+    const QStringRef item = entry.item.midRef(entry.item.indexOf(QLatin1Char('.')) + 1);
+    for (const MarkRow &row : MarkRows) {
+        if (item == QLatin1String(row.item)) {
+            mark.kind = row.kind;
+            mark.text = tr(row.text);
+            return true;
+        }
+    }
+    return false;
+}
+
+ChannelRecorder::ChannelRecorder(PlantWatcher &watcher_, QObject *parent) : QObject(parent), watcher(watcher_)
+{
+    connect(&watcher, &PlantWatcher::happened, this, &ChannelRecorder::take);
+    connect(&watcher, &PlantWatcher::polled, this, &ChannelRecorder::sampleAll);
+}
+
+bool ChannelRecorder::add(const QString &controller, const simulator::ObjectAddress &channel)
+{
+    const auto controllers = watcher.service().allControllers();
+    const auto named =
+        std::find_if(controllers.cbegin(), controllers.cend(), [&](const QPair<QString, QString> &each) {
+            return each.first == controller || each.second == controller;
+        });
+    const QString name = named == controllers.cend() ? controller : named->first;
+    if (find(name, channel))
+        return true;
+    simulator::ChannelSnapshot snapshot;
+    if (count() >= MostChannels || !watcher.service().channelSnapshot(name, channel, snapshot))
+        return false;
+    // What has happened so far is no part of the new record.
+    watcher.poll();
+    int look = 0;
+    const auto isTaken = [this](int number) {
+        return std::any_of(records.begin(), records.end(),
+                           [number](const auto &record) { return record->look() == number; });
+    };
+    while (isTaken(look))
+        ++look;
+    records.push_back(std::make_unique<ChannelRecord>(name, channel, look));
+    watcher.setNeeded(this, true);
+    Q_EMIT channelAdded(count() - 1);
+    sample(*records.back());
+    Q_EMIT recorded();
+    return true;
+}
+
+void ChannelRecorder::remove(int index)
+{
+    records.erase(records.begin() + index);
+    watcher.setNeeded(this, !records.empty());
+    Q_EMIT channelRemoved(index);
+    Q_EMIT recorded();
+}
+
+void ChannelRecorder::removeAll()
+{
+    while (!records.empty())
+        remove(count() - 1);
+}
+
+void ChannelRecorder::clear()
+{
+    for (const auto &record : records)
+        record->clear();
+    sampleAll();
+}
+
+ChannelRecord *ChannelRecorder::find(const QString &controller, const simulator::ObjectAddress &channel) const
+{
+    for (const auto &record : records) {
+        if (record->controller() == controller && record->address() == channel)
+            return record.get();
+    }
+    return nullptr;
+}
+
+void ChannelRecorder::take(const QVector<simulator::JournalEntry> &entries)
+{
+    if (records.empty())
+        return;
+    for (const simulator::JournalEntry &entry : entries) {
+        if (entry.kind == simulator::JournalEntry::Waypoint) {
+            ChannelRecord *const record = find(entry.controller, entry.object);
+            if (!record || record->samples().empty())
+                continue;
+            // Set values and limits take effect with the waypoint; what they are then, the next sample says.
+            ChannelSample sample = record->samples().back();
+            sample.time = entry.time;
+            sample.voltage = entry.voltageBefore;
+            sample.current = entry.currentBefore;
+            record->add(sample);
+            sample.voltage = entry.voltage;
+            sample.current = entry.current;
+            record->add(sample);
+            continue;
+        }
+        ChannelMark mark;
+        if (!markOf(entry, mark))
+            continue;
+        for (const auto &record : records) {
+            // An error comes with its event, at the same moment.
+            const auto &marks = record->marks();
+            const bool isSaid =
+                !marks.empty() && marks.back().time == mark.time && marks.back().text == mark.text;
+            if (concerns(entry, *record) && !isSaid)
+                record->add(mark);
+        }
+    }
+}
+
+void ChannelRecorder::sample(ChannelRecord &record)
+{
+    simulator::ChannelSnapshot snapshot;
+    if (!watcher.service().channelSnapshot(record.controller(), record.address(), snapshot))
+        return;
+    ChannelSample sample;
+    sample.time = snapshot.time;
+    sample.voltage = snapshot.voltage;
+    sample.voltageSet = snapshot.voltageSet;
+    sample.voltageLimit = snapshot.voltageLimit;
+    sample.current = snapshot.current;
+    sample.currentSet = snapshot.currentSet;
+    sample.currentLimit = snapshot.currentLimit;
+    record.add(sample);
+    latest = std::max(latest, snapshot.time);
+}
+
+void ChannelRecorder::sampleAll()
+{
+    if (records.empty())
+        return;
+    for (const auto &record : records)
+        sample(*record);
+    Q_EMIT recorded();
+}
+
+} // namespace workbench

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "hostclient/orb_item_id.h"
+
+#include <QList>
+#include <QObject>
+#include <QVector>
+
+class KdMainData;
+class QAction;
+class QDockWidget;
+class QMainWindow;
+
+namespace simulator
+{
+class SimulatedService;
+}
+
+namespace workbench
+{
+
+class FaultMenu;
+class FaultSwitch;
+class MessageLog;
+class PlantWatcher;
+class StripChart;
+
+/// What the workbench shows of the simulated plant beyond what any client could see: the chart, the messages, and the
+/// faults that an operator causes. GUI thread only.
+class PlantDocks : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// All three are kept and outlive this object. The window owns the docks.
+    PlantDocks(KdMainData &mainData, simulator::SimulatedService &plant, QMainWindow &window,
+               QObject *parent = nullptr);
+
+    /// Below the rest of the window, one behind the other, and hidden.
+    void resetLayout();
+
+    /// Shows or hides a dock, each.
+    QList<QAction *> toggles() const;
+
+    /// What the entries below are for.
+    void setSelection(const QVector<OrbItemId> &ids);
+
+    /// "Show in Chart", "Simulate Fault": for menus.
+    QList<QAction *> selectionActions() const;
+
+    void showInChart(const QVector<OrbItemId> &ids);
+
+    StripChart &chart() { return *stripChart; }
+    MessageLog &messages() { return *messageLog; }
+    FaultSwitch &faults() { return *faultSwitch; }
+    PlantWatcher &watcher() { return *plantWatcher; }
+
+    /// Looks at the plant no longer.
+    void stop();
+
+Q_SIGNALS:
+    /// Something that the operator should read.
+    void message(const QString &text);
+
+private:
+    QDockWidget *makeDock(QWidget &content, const QString &title, const QString &name, const QString &entry,
+                          const QString &help);
+    void show(QDockWidget &dock);
+
+    QMainWindow &window;
+    PlantWatcher *plantWatcher;
+    StripChart *stripChart;
+    MessageLog *messageLog;
+    FaultSwitch *faultSwitch;
+    FaultMenu *faultMenu;
+    QDockWidget *chartDock;
+    QDockWidget *messageDock;
+    QAction *showAction;
+    QVector<OrbItemId> selection;
+};
+
+} // namespace workbench

@@ -1,0 +1,142 @@
+#include "workbench/app/strip_chart_marks.h"
+
+#include "workbench/app/channel_recorder.h"
+#include "workbench/app/strip_chart_style.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+#include <QStringList>
+
+#include <qwt_scale_map.h>
+
+#include <algorithm>
+#include <array>
+
+namespace workbench
+{
+
+namespace
+{
+
+constexpr int Rtti = QwtPlotItem::Rtti_PlotUserItem + 1;
+constexpr std::size_t TextRows = 4;
+
+/// A mark at its place in time.
+struct Placed
+{
+    double x; // pixels
+    int look;
+    const ChannelMark *mark;
+    QString text;
+};
+
+void drawShape(QPainter &painter, ChannelMark::Kind kind, const QPointF &at, double size)
+{
+    const double half = size / 2;
+    switch (kind) {
+    case ChannelMark::Information:
+        painter.drawEllipse(at, half, half);
+        break;
+    case ChannelMark::Warning:
+        painter.drawPolygon(
+            QPolygonF({at + QPointF(0, -half), at + QPointF(half, half), at + QPointF(-half, half)}));
+        break;
+    case ChannelMark::Trip:
+        painter.drawLine(at + QPointF(-half, -half), at + QPointF(half, half));
+        painter.drawLine(at + QPointF(-half, half), at + QPointF(half, -half));
+        break;
+    case ChannelMark::Simulated:
+        painter.drawPolygon(QPolygonF(
+            {at + QPointF(0, -half), at + QPointF(half, 0), at + QPointF(0, half), at + QPointF(-half, 0)}));
+        break;
+    }
+}
+
+} // namespace
+
+StripChartMarks::StripChartMarks(const ChannelRecorder &recorder_) : recorder(recorder_)
+{
+    setItemAttribute(QwtPlotItem::Legend, false);
+    constexpr double AboveLines = 100;
+    setZ(AboveLines);
+}
+
+void StripChartMarks::setLook(const QFont &textFont, const QPalette &colours)
+{
+    font = textFont;
+    palette = colours;
+}
+
+int StripChartMarks::rtti() const
+{
+    return Rtti;
+}
+
+void StripChartMarks::draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScaleMap &,
+                           const QRectF &canvasRect) const
+{
+    written.clear();
+    std::vector<Placed> placed;
+    for (int channel = 0; channel < recorder.count(); ++channel) {
+        const ChannelRecord &record = recorder.at(channel);
+        for (const ChannelMark &mark : record.marks()) {
+            const double x = xMap.transform(mark.time);
+            if (canvasRect.left() <= x && x <= canvasRect.right())
+                placed.push_back({x, record.look(), &mark,
+                                  simulator::addressText(record.address()) + QLatin1Char(' ') + mark.text});
+        }
+    }
+    // What is worse gets its words first.
+    std::stable_sort(placed.begin(), placed.end(), [](const Placed &a, const Placed &b) {
+        return a.mark->kind != b.mark->kind ? a.mark->kind > b.mark->kind : a.x < b.x;
+    });
+
+    const QFontMetricsF metrics(font);
+    const double size = metrics.ascent() * 0.7;
+    const double rowHeight = metrics.height();
+    std::array<std::vector<QRectF>, TextRows> rows;
+    painter->save();
+    painter->setFont(font);
+    painter->setRenderHint(QPainter::Antialiasing);
+    for (const Placed &each : placed) {
+        const QColor ink = strip_chart_style::colour(each.look, palette);
+        painter->setBrush(Qt::NoBrush);
+        painter->setPen(QPen(ink, 1, Qt::DotLine));
+        painter->drawLine(QPointF(each.x, canvasRect.top()), QPointF(each.x, canvasRect.bottom()));
+        const double width = size + metrics.horizontalAdvance(each.text) + metrics.height() / 2;
+        for (std::size_t row = 0; row <= TextRows; ++row) {
+            if (row == TextRows) { // no room: the mark has to do
+                painter->setPen(QPen(ink, 2));
+                drawShape(*painter, each.mark->kind,
+                          QPointF(each.x, canvasRect.top() + TextRows * rowHeight + rowHeight / 2), size);
+                break;
+            }
+            QRectF place(each.x - size / 2, canvasRect.top() + static_cast<double>(row) * rowHeight, width,
+                         rowHeight);
+            const bool toTheLeft = place.right() > canvasRect.right();
+            if (toTheLeft)
+                place.moveRight(each.x + size / 2);
+            if (std::any_of(rows[row].begin(), rows[row].end(),
+                            [&place](const QRectF &taken) { return taken.intersects(place); }))
+                continue;
+            rows[row].push_back(place);
+            // On a ground of its own: lines run below it.
+            QColor ground = palette.color(QPalette::Base);
+            constexpr int NearlyOpaque = 215;
+            ground.setAlpha(NearlyOpaque);
+            painter->fillRect(place, ground);
+            painter->setPen(QPen(ink, 2));
+            drawShape(*painter, each.mark->kind, QPointF(each.x, place.center().y()), size);
+            painter->setPen(palette.color(QPalette::Text));
+            const double gap = size * 1.25;
+            painter->drawText(
+                toTheLeft ? place.adjusted(0, 0, -gap, 0) : place.adjusted(gap, 0, 0, 0),
+                static_cast<int>(Qt::AlignVCenter | (toTheLeft ? Qt::AlignRight : Qt::AlignLeft)), each.text);
+            written.append(each.text);
+            break;
+        }
+    }
+    painter->restore();
+}
+
+} // namespace workbench

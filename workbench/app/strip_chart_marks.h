@@ -1,0 +1,40 @@
+#pragma once
+
+#include "workbench/app/channel_record.h"
+
+#include <QFont>
+#include <QPalette>
+#include <QStringList>
+
+#include <qwt_plot_item.h>
+
+namespace workbench
+{
+
+class ChannelRecorder;
+
+/// Draws what happened to the channels: a line at its time, a mark whose shape says how bad it is, and what it was in
+/// words as long as there is room for the words.
+class StripChartMarks : public QwtPlotItem
+{
+public:
+    /// The recorder is kept and outlives the item.
+    explicit StripChartMarks(const ChannelRecorder &recorder);
+
+    void setLook(const QFont &textFont, const QPalette &colours);
+
+    int rtti() const override;
+    void draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScaleMap &yMap,
+              const QRectF &canvasRect) const override;
+
+    /// What was written when it was drawn last, in the order of drawing.
+    const QStringList &writtenTexts() const { return written; }
+
+private:
+    const ChannelRecorder &recorder;
+    QFont font;
+    QPalette palette;
+    mutable QStringList written;
+};
+
+} // namespace workbench
