@@ -84,6 +84,7 @@ private Q_SLOTS:
         };
         row("unknown option", "--plugins x", "plugins");
         row("missing value", "--plugin", "plugin");
+        row("an option of the library's own", "--help-all", "help-all");
         row("nothing to be done with", "--quit-when-done", "quit-when-done");
         row("empty value", "--plugin=", "plugin");
         row("stray argument", "ramp.txt", "ramp.txt");

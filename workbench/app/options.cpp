@@ -82,9 +82,12 @@ OptionsResult parseOptions(const QStringList &arguments, Options &options, QStri
         tr("Runs the terminals of the tarnControl console against a simulated high-voltage system. "
            "Nothing here reaches hardware."));
     const QString file = tr("file");
-    const QCommandLineOption help = parser.addHelpOption();
-    const QCommandLineOption version = parser.addVersionOption();
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")}, tr("Show this help."));
+    const QCommandLineOption version({QStringLiteral("v"), QStringLiteral("version")},
+                                     tr("Show the version."));
     parser.addOptions({
+        help,
+        version,
         {QStringLiteral("plugin"), tr("Load this plug-in instead of the one that belongs here."), file},
         {QStringLiteral("config-dir"), tr("Keep layout and settings in this folder."), tr("folder")},
         {QStringLiteral("run-command-file"), tr("Execute a command file and print the transcript."), file},
