@@ -1,5 +1,9 @@
 #include "workbench/simulator/plant_file.h"
 
+#include "workbench/simulator/answer_transport.h"
+#include "workbench/simulator/fault_book.h"
+#include "workbench/simulator/plant_file_faults.h"
+
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -23,6 +27,8 @@ private Q_SLOTS:
     void localController_data();
     void localController();
     void faults();
+    void faultAmounts_data();
+    void faultAmounts();
     void faultFile();
     void unreadableFiles_data();
     void unreadableFiles();
@@ -241,6 +247,34 @@ void TestPlantFile::faults()
     QCOMPARE(plant.faults.at(1).fault.duration, 0.5);
     QVERIFY(plant.faults.at(2).fault.object == (ObjectAddress{OrbItemId::Module, 0, 0, -1}));
     QVERIFY(plant.faults.at(3).fault.object == (ObjectAddress{OrbItemId::Crate, 0, 1000, -1}));
+}
+
+void TestPlantFile::faultAmounts_data()
+{
+    QTest::addColumn<int>("kind");
+    for (int i = 0; i <= static_cast<int>(FaultKind::ReorderAnswers); ++i)
+        QTest::newRow(qPrintable(faultName(static_cast<FaultKind>(i)))) << i;
+}
+
+/// What a file may say is what the plant takes.
+void TestPlantFile::faultAmounts()
+{
+    QFETCH(int, kind);
+    Fault fault;
+    fault.kind = static_cast<FaultKind>(kind);
+    fault.object.level = faultLevel(fault.kind);
+    const FaultAmount allowed = faultAmount(fault.kind);
+    const auto makesSense = [&fault](double amount) {
+        fault.amount = amount;
+        return faultLevel(fault.kind) == OrbItemId::System ? AnswerTransport::makesSense(fault)
+                                                           : FaultBook::makesSense(fault);
+    };
+    QCOMPARE(makesSense(0), !allowed.isNeeded);
+    if (allowed.most == 0)
+        return;
+    QVERIFY(makesSense(1));
+    QVERIFY(makesSense(allowed.most));
+    QVERIFY(!makesSense(allowed.most + 1));
 }
 
 void TestPlantFile::faultFile()

@@ -173,7 +173,13 @@ void TestPlantFileErrors::refused_data()
     row("needless amount", withFault(R"({"at": 1, "fault": "short", "channel": "0.0.1", "amount": 1})"),
         "p.json:3:59: \"short\" takes no \"amount\"");
     row("part of a spark", withFault(R"({"at": 1, "fault": "spark", "channel": "0.0.1", "amount": 1.5})"),
-        "p.json:3:59: \"amount\" of \"spark\" is 1.5; allowed is a whole number, how many");
+        "p.json:3:59: \"amount\" of \"spark\" is 1.5; allowed is a whole number from 0 to 10000");
+    row("too many sparks", withFault(R"({"at": 1, "fault": "spark", "channel": "0.0.1", "amount": 10001})"),
+        "p.json:3:59: \"amount\" of \"spark\" is 10001; allowed is a whole number from 0 to 10000");
+    row("slow by nothing", withFault(R"({"at": 1, "fault": "slowAnswers", "amount": 0})"),
+        "p.json:3:45: \"amount\" of \"slowAnswers\" is 0; allowed is above 0 to 3600 s");
+    row("needed amount", withFault(R"({"at": 1, "fault": "leak", "channel": "0.0.1"})"),
+        "p.json:3:1: \"leak\" needs an \"amount\" above 0, in A");
 }
 
 void TestPlantFileErrors::refused()

@@ -26,15 +26,6 @@ OrbItemId idOf(const QString &connection, const RequestCommand &command)
     return id;
 }
 
-bool makesSense(const Fault &fault)
-{
-    constexpr double MostAnswers = 1e6;
-    if (faultLevel(fault.kind) != OrbItemId::System || !std::isfinite(fault.duration) || fault.duration < 0
-        || !std::isfinite(fault.amount) || fault.amount < 0 || fault.amount > MostAnswers)
-        return false;
-    return fault.kind != FaultKind::SlowAnswers || fault.amount > 0;
-}
-
 } // namespace
 
 AnswerTransport::AnswerTransport(ConnectionTable &connectionTable, PlantJournal &journalEntries,
@@ -186,6 +177,17 @@ TarnResult AnswerTransport::mend(const Fault &fault, double now)
     Controller *const controller = table.controller(fault.controller);
     return controller != nullptr && end(fault.kind, *controller, now) ? TarnResult::Success
                                                                       : TarnResult::NoData;
+}
+
+bool AnswerTransport::makesSense(const Fault &fault)
+{
+    constexpr double MostAnswers = 1e6;
+    constexpr double LongestDelay = 3600;
+    if (faultLevel(fault.kind) != OrbItemId::System || !std::isfinite(fault.duration) || fault.duration < 0
+        || !std::isfinite(fault.amount) || fault.amount < 0)
+        return false;
+    return fault.kind == FaultKind::SlowAnswers ? fault.amount > 0 && fault.amount <= LongestDelay
+                                                : fault.amount <= MostAnswers;
 }
 
 AnswerPath &AnswerTransport::pathOf(const Controller &controller)

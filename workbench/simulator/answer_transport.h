@@ -50,6 +50,9 @@ public:
     /// Faults of the controllers' level; as SimulatedService has them.
     TarnResult cause(const Fault &fault, double now);
     TarnResult mend(const Fault &fault, double now);
+    /// Whether a fault of the controllers' level can be that long and that much: neither is below 0, nothing is slower by
+    /// nothing or by more than an hour, and at most 1000000 answers are counted.
+    static bool makesSense(const Fault &fault);
 
 private:
     /// A beginning or an end of a fault that comes by itself.

@@ -148,16 +148,24 @@ void readObject(const PlantFileObject &source, const ControllerLayout &controlle
 void readAmount(const PlantFileObject &source, Fault &fault)
 {
     fault.amount = source.number("amount");
-    if (!source.has("amount"))
-        return;
+    const FaultAmount allowed = faultAmount(fault.kind);
     const QString kind = quoted(faultName(fault.kind));
-    if (!faultHasAmount(fault.kind))
+    if (!source.has("amount")) {
+        if (allowed.isNeeded)
+            source.refuse("amount",
+                          QStringLiteral("%1 needs an \"amount\" above 0, in %2")
+                              .arg(kind, QLatin1String(allowed.unit)));
+        return;
+    }
+    if (allowed.most == 0) {
         source.refuse("amount", QStringLiteral("%1 takes no \"amount\"").arg(kind));
-    else if (faultAmountUnit(fault.kind).isEmpty() && std::floor(fault.amount) != fault.amount)
+        return;
+    }
+    const bool isWhole = !allowed.isCount() || std::floor(fault.amount) == fault.amount;
+    if (!isWhole || fault.amount > allowed.most || (allowed.isNeeded && fault.amount <= 0))
         source.refuse("amount",
-                      QStringLiteral("\"amount\" of %1 is %2; allowed is a whole number, how many")
-                          .arg(kind)
-                          .arg(fault.amount));
+                      QStringLiteral("\"amount\" of %1 is %2; allowed is %3")
+                          .arg(kind, QString::number(fault.amount, 'g', 9), faultAmountText(fault.kind)));
 }
 
 } // namespace
@@ -191,25 +199,38 @@ void readPlantFaults(const PlantFileObject &plant, PlantLayout &layout)
     }
 }
 
-QString faultAmountUnit(FaultKind kind)
+FaultAmount faultAmount(FaultKind kind)
 {
+    constexpr double MostSparks = 10000;
+    constexpr double MostAnswers = 1000000;
     switch (kind) {
     case FaultKind::Leak:
-        return QStringLiteral("A");
+        return {"A", 1000, true};
     case FaultKind::Overheating:
     case FaultKind::CrateOverheating:
-        return QStringLiteral("K");
+        return {"K", 1000, false};
     case FaultKind::SlowAnswers:
-        return QStringLiteral("s");
+        return {"s", 3600, true};
+    case FaultKind::Spark:
+        return {"", MostSparks, false};
+    case FaultKind::DropAnswers:
+    case FaultKind::DuplicateAnswers:
+        return {"", MostAnswers, false};
     default:
         return {};
     }
 }
 
-bool faultHasAmount(FaultKind kind)
+QString faultAmountText(FaultKind kind)
 {
-    return !faultAmountUnit(kind).isEmpty() || kind == FaultKind::Spark || kind == FaultKind::DropAnswers
-        || kind == FaultKind::DuplicateAnswers;
+    const FaultAmount amount = faultAmount(kind);
+    if (amount.most == 0)
+        return {};
+    const QString most = QString::number(amount.most, 'f', 0);
+    if (amount.isCount())
+        return QStringLiteral("a whole number from 0 to %1").arg(most);
+    return QStringLiteral("%1 to %2 %3")
+        .arg(QString::fromLatin1(amount.isNeeded ? "above 0" : "0"), most, QLatin1String(amount.unit));
 }
 
 } // namespace simulator

@@ -11,9 +11,18 @@ class PlantFileObject;
 /// What is wrong goes to the object's errors.
 void readPlantFaults(const PlantFileObject &plant, PlantLayout &layout);
 
-/// The unit of a fault's amount: "A", "K", "s", or empty for a count.
-QString faultAmountUnit(FaultKind kind);
-/// Whether an amount says anything for that kind.
-bool faultHasAmount(FaultKind kind);
+/// What a fault's amount may be. Plain data.
+struct FaultAmount
+{
+    const char *unit = ""; ///< "A", "K", "s", or empty for a count
+    double most = 0; ///< 0 for a fault that has no amount
+    bool isNeeded = false; ///< has to be there, and above 0
+
+    bool isCount() const { return unit[0] == '\0'; }
+};
+
+FaultAmount faultAmount(FaultKind kind);
+/// From where to where: "above 0 to 1000 A"; empty for a fault that has no amount.
+QString faultAmountText(FaultKind kind);
 
 } // namespace simulator

@@ -242,13 +242,6 @@ QString shortNumber(double value)
     return QString::number(value, 'g', Digits);
 }
 
-QString rangeText(const PlantField &field)
-{
-    return QStringLiteral("%1%2 to %3")
-        .arg(QString::fromLatin1(field.isLeastAllowed ? "" : "above "), shortNumber(field.least),
-             shortNumber(field.most));
-}
-
 } // namespace
 
 const PlantField *PlantSchema::begin()
@@ -282,14 +275,13 @@ QString PlantSchema::kindDescription(PlantObjectKind kind)
 
 QString PlantSchema::allowed(const PlantField &field)
 {
-    const QString unit = QString::fromUtf8(field.unit);
     switch (field.kind) {
     case Kind::Number:
-        if (unit.isEmpty())
-            return QStringLiteral("a number from %1").arg(rangeText(field));
-        return QStringLiteral("%1 %2, as a number or as a text with its unit").arg(rangeText(field), unit);
+        return QString::fromLatin1(field.unit[0] == '\0' ? "a number from %1"
+                                                         : "%1, as a number or as a text with its unit")
+            .arg(range(field));
     case Kind::Integer:
-        return QStringLiteral("a whole number from %1").arg(rangeText(field));
+        return QStringLiteral("a whole number from %1").arg(range(field));
     case Kind::Bool:
         return QStringLiteral("true or false");
     case Kind::Text:
@@ -308,6 +300,14 @@ QString PlantSchema::allowed(const PlantField &field)
         return QStringLiteral("a %1, or a list of %1s").arg(kindName(field.element));
     }
     return {};
+}
+
+QString PlantSchema::range(const PlantField &field)
+{
+    return QStringLiteral("%1%2 to %3 %4")
+        .arg(QString::fromLatin1(field.isLeastAllowed ? "" : "above "), shortNumber(field.least),
+             shortNumber(field.most), QString::fromUtf8(field.unit))
+        .trimmed();
 }
 
 } // namespace simulator

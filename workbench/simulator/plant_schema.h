@@ -70,8 +70,10 @@ public:
     /// What an object of that kind is, in a sentence or two.
     static QString kindDescription(PlantObjectKind kind);
 
-    /// What a field takes: "a voltage"... as a clause: `above 0 to 100000 V: a number, or a text such as "1.5 kV"`.
+    /// What a field takes, to go on from "allowed is": "above 0 to 100 V, as a number or as a text with its unit".
     static QString allowed(const PlantField &field);
+    /// From where to where a Number or Integer goes: "above 0 to 100 V".
+    static QString range(const PlantField &field);
 };
 
 /// The most channels that a plant may have.
