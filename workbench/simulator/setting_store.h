@@ -2,6 +2,7 @@
 
 #include <QtGlobal>
 
+#include <memory>
 #include <vector>
 
 namespace simulator
@@ -15,7 +16,9 @@ public:
     /// Null when the setting was never written. Valid until the next set().
     const double *find(quint8 key) const
     {
-        for (const Entry &entry : entries) {
+        if (entries == nullptr)
+            return nullptr;
+        for (const Entry &entry : *entries) {
             if (entry.key == key)
                 return &entry.value;
         }
@@ -30,20 +33,24 @@ public:
 
     void set(quint8 key, double value)
     {
-        for (Entry &entry : entries) {
+        if (entries == nullptr)
+            entries = std::make_unique<std::vector<Entry>>();
+        for (Entry &entry : *entries) {
             if (entry.key == key) {
                 entry.value = value;
                 return;
             }
         }
-        entries.push_back({value, key});
+        entries->push_back({value, key});
     }
 
     void remove(quint8 key)
     {
-        for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
+        if (entries == nullptr)
+            return;
+        for (auto entry = entries->begin(); entry != entries->end(); ++entry) {
             if (entry->key == key) {
-                entries.erase(entry);
+                entries->erase(entry);
                 return;
             }
         }
@@ -56,7 +63,7 @@ private:
         quint8 key;
     };
 
-    std::vector<Entry> entries;
+    std::unique_ptr<std::vector<Entry>> entries; // null for none, which is the rule
 };
 
 } // namespace simulator
