@@ -96,7 +96,8 @@ def failing(names):
 const QString ListModules = QStringLiteral(R"(
 import os, sys
 left_out = {'test', 'idlelib', 'turtledemo', 'lib2to3', 'ensurepip', 'antigravity', 'this', '__phello__',
-            '__phello__.foo', '__main__'}
+            '__phello__.foo', '__main__',
+            '_tkinter', 'tkinter', 'turtle'}  # windows of another toolkit have no place in a console
 def modules():
     names = set(sys.builtin_module_names)
     library = os.path.dirname(os.__file__)
