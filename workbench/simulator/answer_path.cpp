@@ -1,6 +1,9 @@
 #include "workbench/simulator/answer_path.h"
 
+#include "workbench/simulator/chance.h"
+
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace simulator
@@ -18,8 +21,8 @@ int countOf(double amount)
 
 } // namespace
 
-AnswerPath::AnswerPath(const ControllerLayout &layout, quint32 seed)
-    : latency(layout.latency), jitter(layout.jitter), random(seed)
+AnswerPath::AnswerPath(const ControllerLayout &layout, quint64 key)
+    : latency(layout.latency), jitter(layout.jitter), chanceKey(key)
 { }
 
 void AnswerPath::ask(PendingRequest request, std::chrono::milliseconds serviceLatency)
@@ -166,9 +169,7 @@ bool AnswerPath::isActive(FaultKind kind) const
 
 double AnswerPath::drawJitter()
 {
-    // Of our own making: what the standard library's distributions draw differs from one to another.
-    constexpr double Range = 4294967296.0;
-    return jitter <= 0 ? 0 : jitter * (static_cast<double>(random()) / Range);
+    return jitter <= 0 ? 0 : jitter * chance::uniform(chance::mixed(chanceKey, draws++));
 }
 
 } // namespace simulator

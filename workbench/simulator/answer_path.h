@@ -7,7 +7,6 @@
 #include <chrono>
 #include <deque>
 #include <optional>
-#include <random>
 #include <vector>
 
 namespace simulator
@@ -25,7 +24,8 @@ class AnswerPath
 public:
     using RealTime = std::chrono::steady_clock;
 
-    AnswerPath(const ControllerLayout &layout, quint32 seed);
+    /// Jitter is drawn from `key`.
+    AnswerPath(const ControllerLayout &layout, quint64 key);
 
     void ask(PendingRequest request, std::chrono::milliseconds serviceLatency);
     /// When the next request has to be carried out; infinity for never, or not yet to be said. One whose real time has
@@ -56,7 +56,8 @@ private:
 
     const double latency; // below 0 for the service's
     const double jitter;
-    std::mt19937 random;
+    const quint64 chanceKey;
+    quint64 draws = 0;
     std::deque<PendingRequest> requests;
     double delay = 0;
     int toDrop = 0;

@@ -1,10 +1,12 @@
 #include "workbench/simulator/answer_transport.h"
 
 #include "workbench/simulator/answer_text.h"
+#include "workbench/simulator/chance.h"
 #include "workbench/simulator/moment_clock.h"
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 namespace simulator
@@ -36,9 +38,8 @@ AnswerTransport::AnswerTransport(ConnectionTable &connectionTable, PlantJournal 
       startedAt(clockStartedAt),
       letPlantRun(std::move(letPlantComeTo))
 {
-    quint32 seed = layout.seed;
     for (const ControllerLayout &controller : layout.controllers)
-        paths.emplace_back(controller, seed++);
+        paths.emplace_back(controller, chance::mixed(layout.seed, paths.size()));
     for (const ScheduledFault &scheduled : layout.faults) {
         if (faultLevel(scheduled.fault.kind) == OrbItemId::System)
             addTurn({scheduled.at, true, scheduled.fault});
