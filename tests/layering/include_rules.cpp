@@ -52,6 +52,9 @@ QVector<IncludeRule> makeRules()
         {name("workbench/hostkit/"),             widgets,     standard,       names({"hostclient/", "hostsdk/"})},
         // The backend interface is made of the contract's value types.
         {name("workbench/simulator/"),           core,        standard,       names({"hostclient/", "workbench/hostkit/orb_backend.h"})},
+        {name("workbench/rehearsal/"),           core,        standard,       names({"hostclient/", "workbench/hostkit/orb_backend.h", "workbench/simulator/"})},
+        // What a process is given to write to.
+        {name("workbench/app/own_output."),      core,        any,            {}},
         // The plug-in is loaded at run time: the host knows it by the contract alone.
         {name("workbench/app/"),                 widgets,     standard,       names({"hostclient/", "hostsdk/", "workbench/"})},
         // The one place that draws with Qwt.

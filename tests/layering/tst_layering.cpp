@@ -45,7 +45,7 @@ void TestLayering::theTreeWasFound_data()
     QTest::addColumn<QString>("folder");
     for (const char *folder :
          {"hostclient/", "hostsdk/", "orbclient/", "command_terminal/", "python_terminal/", "plugin/",
-          "workbench/hostkit/", "workbench/simulator/", "workbench/app/", "tests/"})
+          "workbench/hostkit/", "workbench/simulator/", "workbench/rehearsal/", "workbench/app/", "tests/"})
         QTest::newRow(folder) << QString::fromLatin1(folder);
 }
 

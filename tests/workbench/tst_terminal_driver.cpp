@@ -3,6 +3,7 @@
 #include "workbench/app/python_terminal_driver.h"
 
 #include <QAction>
+#include <QKeyEvent>
 #include <QPlainTextEdit>
 #include <QTest>
 
@@ -30,6 +31,7 @@ struct FakeTool
         editor->setObjectName(QStringLiteral("editor"));
         widget.addAction(showEditor);
         widget.addAction(executeFile);
+        widget.addAction(clearTerminal);
     }
 
     QWidget widget;
@@ -37,6 +39,7 @@ struct FakeTool
     QPlainTextEdit *editor = new QPlainTextEdit(&widget);
     QAction *showEditor = new QAction(QStringLiteral("Show Text Editor"), &widget);
     QAction *executeFile = new QAction(QStringLiteral("Execute File"), &widget);
+    QAction *clearTerminal = new QAction(QStringLiteral("Clear Terminal"), &widget);
 };
 
 } // namespace
@@ -51,6 +54,8 @@ private Q_SLOTS:
     {
         FakeTool tool;
         QCOMPARE(PlainDriver(tool.widget).missingControl(), QString());
+        tool.clearTerminal->setText(QStringLiteral("Clear"));
+        QCOMPARE(PlainDriver(tool.widget).missingControl(), QStringLiteral("Clear Terminal"));
         tool.executeFile->setText(QStringLiteral("Execute"));
         QCOMPARE(PlainDriver(tool.widget).missingControl(), QStringLiteral("Execute File"));
         tool.editor->setObjectName(QString());
@@ -85,6 +90,60 @@ private Q_SLOTS:
         tool.console->insertPlainText(QStringLiteral("three\n> "));
         QCOMPARE(driver.takeNewLines(), QStringLiteral("> three\n"));
         QCOMPARE(driver.lastLine(), QStringLiteral("> "));
+    }
+
+    void tellsLinesByTheirColour()
+    {
+        FakeTool tool;
+        PlainDriver driver(tool.widget);
+        const auto insert = [&tool](Qt::GlobalColor colour, const char *text) {
+            QTextCharFormat format;
+            format.setForeground(QColor(colour));
+            tool.console->textCursor().insertText(QLatin1String(text), format);
+        };
+        insert(Qt::white, "> typed\n");
+        insert(Qt::green, "answer\n");
+        insert(Qt::red, "refusal\n");
+        insert(Qt::white, "\n> ");
+        const QVector<workbench::TerminalLine> lines = driver.takeLines();
+        QCOMPARE(lines.size(), 4);
+        QCOMPARE(lines.at(0).kind, workbench::TerminalLine::Plain);
+        QCOMPARE(lines.at(0).text, QStringLiteral("> typed"));
+        QCOMPARE(lines.at(1).kind, workbench::TerminalLine::Success);
+        QCOMPARE(lines.at(2).kind, workbench::TerminalLine::Error);
+        QCOMPARE(lines.at(2).text, QStringLiteral("refusal"));
+        QCOMPARE(lines.at(3).kind, workbench::TerminalLine::Plain);
+        QCOMPARE(driver.takeLines().size(), 0);
+    }
+
+    void clears()
+    {
+        FakeTool tool;
+        PlainDriver driver(tool.widget);
+        connect(tool.clearTerminal, &QAction::triggered, tool.console,
+                [&tool] { tool.console->setPlainText(QStringLiteral("banner\n> ")); });
+        tool.console->insertPlainText(QStringLiteral("one\n> "));
+        driver.clear();
+        QCOMPARE(driver.takeNewLines(), QString());
+        tool.console->moveCursor(QTextCursor::End);
+        tool.console->insertPlainText(QStringLiteral("two\n> "));
+        QCOMPARE(driver.takeNewLines(), QStringLiteral("> two\n"));
+    }
+
+    void pressesTheKeysThatStop()
+    {
+        struct Tool : QWidget
+        {
+            void keyPressEvent(QKeyEvent *event) override
+            {
+                keys = QKeySequence(int(event->modifiers()) | event->key());
+            }
+            QKeySequence keys;
+        };
+        Tool widget;
+        PlainDriver driver(widget);
+        driver.stop();
+        QCOMPARE(widget.keys, QKeySequence(QStringLiteral("Ctrl+C")));
     }
 
     void takesLinesWhileTheOldestAreDropped_data()

@@ -4,6 +4,7 @@
 #include "workbench/app/main_window.h"
 #include "workbench/app/options.h"
 #include "workbench/app/plugin_library.h"
+#include "workbench/app/rehearse.h"
 #include "workbench/app/settings_store.h"
 #include "workbench/app/unattended_run.h"
 #include "workbench/simulator/real_clock.h"
@@ -114,6 +115,8 @@ int run(const workbench::Options &options, QTextStream &out, QTextStream &err)
 
 int main(int argc, char *argv[])
 {
+    if (argc > 1 && QByteArray(argv[1]) == "rehearse")
+        return workbench::rehearse(argc, argv, QStringLiteral(WORKBENCH_VERSION));
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     std::vector<char *> arguments(argv, argv + argc);

@@ -1,6 +1,7 @@
 #include "workbench/app/terminal_driver.h"
 
 #include <QAction>
+#include <QKeyEvent>
 #include <QPlainTextEdit>
 #include <QTextBlock>
 
@@ -12,6 +13,19 @@ namespace
 
 const QLatin1String ShowEditorText("Show Text Editor");
 const QLatin1String ExecuteFileText("Execute File");
+const QLatin1String ClearTerminalText("Clear Terminal");
+
+TerminalLine::Kind kindOf(const QTextBlock &line)
+{
+    // By its colour, as a user tells it; an empty line has none.
+    const auto text = line.begin();
+    if (text.atEnd())
+        return TerminalLine::Plain;
+    const QColor colour = text.fragment().charFormat().foreground().color();
+    if (colour == QColor(Qt::red))
+        return TerminalLine::Error;
+    return colour == QColor(Qt::green) ? TerminalLine::Success : TerminalLine::Plain;
+}
 
 } // namespace
 
@@ -34,7 +48,7 @@ QString TerminalDriver::missingControl() const
         return QStringLiteral("console");
     if (!editor)
         return QStringLiteral("editor");
-    for (const QLatin1String &text : {ShowEditorText, ExecuteFileText}) {
+    for (const QLatin1String &text : {ShowEditorText, ExecuteFileText, ClearTerminalText}) {
         if (!action(text))
             return text;
     }
@@ -55,14 +69,35 @@ void TerminalDriver::execute()
     action(ExecuteFileText)->trigger();
 }
 
-QString TerminalDriver::takeNewLines()
+void TerminalDriver::stop()
 {
-    QString lines;
+    QKeyEvent press(QEvent::KeyPress, Qt::Key_C, Qt::ControlModifier);
+    QCoreApplication::sendEvent(&tool, &press);
+}
+
+void TerminalDriver::clear()
+{
+    action(ClearTerminalText)->trigger();
+    linesTaken.movePosition(QTextCursor::End);
+}
+
+QVector<TerminalLine> TerminalDriver::takeLines()
+{
+    QVector<TerminalLine> lines;
     QTextBlock block = linesTaken.block();
     for (; block.next().isValid(); block = block.next())
-        lines += block.text() + QLatin1Char('\n');
+        lines.append({kindOf(block), block.text()});
     linesTaken.setPosition(block.position());
     return lines;
+}
+
+QString TerminalDriver::takeNewLines()
+{
+    QString text;
+    const QVector<TerminalLine> lines = takeLines();
+    for (const TerminalLine &line : lines)
+        text += line.text + QLatin1Char('\n');
+    return text;
 }
 
 QString TerminalDriver::lastLine() const

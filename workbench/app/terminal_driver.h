@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QString>
 #include <QTextCursor>
+#include <QVector>
 
 class QAction;
 class QPlainTextEdit;
@@ -10,6 +11,20 @@ class QWidget;
 
 namespace workbench
 {
+
+/// A line that a terminal shows. Plain data.
+struct TerminalLine
+{
+    enum Kind
+    {
+        Plain, ///< what was typed, or the terminal's own
+        Success, ///< shown in green: an answer, or what a script printed
+        Error, ///< shown in red
+    };
+
+    Kind kind = Plain;
+    QString text;
+};
 
 /// Operates an open terminal as a user would: through its controls, by their names. Nothing but the tool's widget is
 /// known of it. GUI thread only.
@@ -50,7 +65,15 @@ public:
     /// Executes what the editor holds.
     void execute();
 
-    /// The console's complete lines since the last call.
+    /// Presses the keys that stop what is executed.
+    void stop();
+
+    /// Empties the console, with the lines that were not taken yet; a Python terminal forgets the names of its scripts.
+    void clear();
+
+    /// The console's complete lines since the last call of this or the next.
+    QVector<TerminalLine> takeLines();
+    /// The same as one text.
     QString takeNewLines();
 
     /// The line that is not complete: the prompt, and what is typed behind it.

@@ -5,14 +5,13 @@
 #include "workbench/app/main_window.h"
 #include "workbench/app/python_terminal_driver.h"
 #include "workbench/app/system_view.h"
+#include "workbench/app/text_file.h"
 #include "workbench/app/tool_docks.h"
 #include "workbench/app/tool_host.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QPixmap>
-#include <QTextCodec>
 #include <QTextStream>
 
 namespace workbench
@@ -22,28 +21,6 @@ namespace
 {
 
 constexpr int PollInterval = 20; // ms
-
-/// Reads a whole text file; false with the reason in `error`.
-bool readFile(const QString &path, QString &text, QString &error)
-{
-    QFile file(path);
-    if (QFileInfo(path).isDir()) {
-        error = UnattendedRun::tr("it is a folder");
-        return false;
-    }
-    if (file.exists() && !QFileInfo(path).isFile()) {
-        error = UnattendedRun::tr("it is not a file"); // a pipe could keep the run waiting for ever
-        return false;
-    }
-    if (!file.open(QIODevice::ReadOnly)) {
-        error = file.errorString();
-        return false;
-    }
-    const QByteArray bytes = file.readAll();
-    text = QTextCodec::codecForUtfText(bytes, QTextCodec::codecForName("UTF-8"))->toUnicode(bytes);
-    error = file.errorString();
-    return file.error() == QFileDevice::NoError;
-}
 
 } // namespace
 
@@ -61,7 +38,7 @@ void UnattendedRun::start()
 {
     const QString path = options.file();
     QString error;
-    if (!path.isEmpty() && !readFile(path, fileText, error)) {
+    if (!path.isEmpty() && !readTextFile(path, fileText, error)) {
         fail(tr("The file \"%1\" cannot be read: %2.").arg(QDir::toNativeSeparators(path), error));
         return;
     }

@@ -1,0 +1,285 @@
+#include "workbench/rehearsal/channel_watch.h"
+
+#include "tests/rehearsal/example_recording.h"
+#include "workbench/simulator/channel_items.h"
+
+#include <QTest>
+
+#include <cmath>
+#include <memory>
+
+using rehearsal::ChannelRecord;
+using rehearsal::ChannelWatch;
+using rehearsal::Finding;
+using rehearsal::Recording;
+using simulator::ChannelCondition;
+using simulator::JournalEntry;
+
+namespace
+{
+
+constexpr quint32 bit(ChannelCondition condition)
+{
+    return quint32{1} << static_cast<unsigned>(condition);
+}
+
+constexpr quint32 On = bit(ChannelCondition::On);
+constexpr quint32 Ramping = On | bit(ChannelCondition::VoltageRamping);
+
+} // namespace
+
+/// Against a channel that the test moves.
+class TestChannelWatch : public QObject
+{
+    Q_OBJECT
+
+private:
+    Recording recording;
+    QVector<Finding> failures;
+    simulator::ChannelSnapshot now;
+    bool exists = true;
+    int looks = 0;
+    std::unique_ptr<ChannelWatch> watch;
+
+    void limit(const char *text)
+    {
+        rehearsal::Limit made;
+        QString error;
+        if (!rehearsal::parseLimit(QString::fromLatin1(text), made, error))
+            qFatal("%s", qPrintable(error));
+        recording.limits.append(made);
+    }
+
+    int touch() { return watch->touch(QStringLiteral("local"), channelAddress(0, 2, 1)); }
+    const ChannelRecord &channel() const { return recording.channels.at(0); }
+
+    void at(double time, double voltage, quint32 status)
+    {
+        now.time = time;
+        now.voltage = voltage;
+        now.current = voltage / 1e6;
+        now.status = status;
+        watch->sample();
+    }
+
+    void waypoint(double time, double before, double voltage)
+    {
+        JournalEntry entry;
+        entry.kind = JournalEntry::Waypoint;
+        entry.time = time;
+        entry.controller = QStringLiteral("local");
+        entry.object = channelAddress(0, 2, 1);
+        entry.voltageBefore = before;
+        entry.currentBefore = before / 1e6;
+        entry.voltage = voltage;
+        entry.current = voltage / 1e6;
+        watch->addWaypoint(entry);
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        recording = {};
+        failures.clear();
+        exists = true;
+        looks = 0;
+        now = {};
+        now.voltageNominal = 2000;
+        now.currentNominal = 0.004;
+        now.voltageLimit = 1800;
+        now.currentLimit = 0.003;
+        now.voltageSet = 1000;
+        watch = std::make_unique<ChannelWatch>(
+            recording,
+            QHash<QString, QString>{{QStringLiteral("local"), QStringLiteral("Rehearsal controller")}},
+            [this](const QString &, const simulator::ObjectAddress &, simulator::ChannelSnapshot &snapshot) {
+                ++looks;
+                snapshot = now;
+                return exists;
+            },
+            [this](const Finding &finding) { failures.append(finding); });
+    }
+
+    void followsWhatIsTouched()
+    {
+        QCOMPARE(touch(), 0);
+        QCOMPARE(touch(), 0);
+        QCOMPARE(watch->touch(QStringLiteral("local"), channelAddress(0, 2, 2)), 1);
+        QCOMPARE(recording.channels.size(), std::size_t{2});
+        QCOMPARE(channel().name(), QStringLiteral("local/0.2.1"));
+        QCOMPARE(channel().controllerText, QStringLiteral("Rehearsal controller"));
+        QCOMPARE(channel().voltageNominal, 2000.0);
+        QCOMPARE(channel().voltageLimit, 1800.0);
+        QCOMPARE(channel().currentLimit, 0.003);
+    }
+
+    void followsChannelsOnly()
+    {
+        simulator::ObjectAddress module = channelAddress(0, 2, -1);
+        module.level = OrbItemId::Module;
+        QCOMPARE(watch->touch(QStringLiteral("local"), module), -1);
+        exists = false;
+        QCOMPARE(touch(), -1);
+        QVERIFY(recording.channels.empty());
+    }
+
+    void findsThePeaks()
+    {
+        touch();
+        at(1, 500, On);
+        at(2, 900, On);
+        at(3, 100, On);
+        QCOMPARE(channel().voltage.value, 900.0);
+        QCOMPARE(channel().voltage.time, 2.0);
+        QCOMPARE(channel().current.value, 900e-6);
+    }
+
+    void findsANegativePeak()
+    {
+        touch();
+        at(1, -500, On);
+        at(2, 100, On);
+        QCOMPARE(channel().voltage.value, -500.0);
+    }
+
+    // Between two looks the channel was higher than at either.
+    void findsThePeakBetweenTwoLooks()
+    {
+        touch();
+        at(1, 500, On);
+        waypoint(1.01, 1200, 0);
+        at(1.05, 0, 0);
+        QCOMPARE(channel().voltage.value, 1200.0);
+        QCOMPARE(channel().voltage.time, 1.01);
+    }
+
+    void tellsACrossedLimitOnce()
+    {
+        limit("0.2.1.voltage<=800 V");
+        limit("0.2.9.voltage<=1 V");
+        limit("*.current<=2 mA");
+        touch();
+        at(1, 700, Ramping);
+        at(2, 800, Ramping);
+        QCOMPARE(failures.size(), 0);
+        at(3, 900, Ramping);
+        at(4, 700, Ramping);
+        at(5, 1000, Ramping);
+        QCOMPARE(failures.size(), 1);
+        const Finding &failure = failures.constFirst();
+        QCOMPARE(failure.kind, Finding::LimitCrossed);
+        QCOMPARE(failure.channel, QStringLiteral("local/0.2.1"));
+        QVERIFY2(failure.text.contains(QStringLiteral("900 V")), qPrintable(failure.text));
+        QVERIFY(channel().crossed);
+        QCOMPARE(channel().limits, (QVector<int>{0, 2}));
+        QCOMPARE(channel().marks.size(), std::size_t{1});
+        QCOMPARE(channel().marks.at(0).kind, rehearsal::Mark::LimitCrossed);
+    }
+
+    void tellsWhenALimitWasCrossed()
+    {
+        limit("*.voltage<=800 V");
+        touch();
+        at(1, 700, Ramping);
+        at(2, 900, Ramping);
+        QCOMPARE(failures.constFirst().time, 1.5);
+    }
+
+    void tellsALimitThatWasCrossedBetweenTwoLooks()
+    {
+        limit("*.voltage<=800 V");
+        touch();
+        at(1, 700, Ramping);
+        waypoint(1.02, 850, 0);
+        at(1.05, 0, 0);
+        QCOMPARE(failures.size(), 1);
+        QVERIFY(failures.constFirst().time > 1 && failures.constFirst().time < 1.02);
+    }
+
+    void measuresARamp()
+    {
+        touch();
+        at(1, 0, 0);
+        waypoint(1.02, 0, 0); // switched on
+        at(1.05, 30, Ramping);
+        QVERIFY(watch->isRamping());
+        at(1.5, 480, Ramping);
+        waypoint(2.02, 1000, 1000); // there
+        at(2.05, 1000, On);
+        QVERIFY(!watch->isRamping());
+        QCOMPARE(channel().ramps.size(), std::size_t{1});
+        QCOMPARE(channel().ramps.at(0).begin, 1.02);
+        QCOMPARE(channel().ramps.at(0).end, 2.02);
+        QCOMPARE(channel().ramps.at(0).from, 0.0);
+        QCOMPARE(channel().ramps.at(0).to, 1000.0);
+        QCOMPARE(channel().endState, QStringLiteral("on"));
+    }
+
+    void measuresARampFromLooksAlone()
+    {
+        touch();
+        at(1, 0, 0);
+        at(1.05, 30, Ramping);
+        at(2, 1000, On);
+        QCOMPARE(channel().ramps.size(), std::size_t{1});
+        QCOMPARE(channel().ramps.at(0).begin, 1.05);
+        QCOMPARE(channel().ramps.at(0).end, 2.0);
+    }
+
+    void aRampMayNotBeOver()
+    {
+        touch();
+        at(1, 0, Ramping);
+        now.voltage = 300;
+        now.time = 1.3;
+        watch->finish();
+        QVERIFY(std::isnan(channel().ramps.at(0).end));
+        QCOMPARE(channel().ramps.at(0).to, 300.0);
+        QCOMPARE(channel().endState, QStringLiteral("ramping"));
+    }
+
+    void drawsTheSetVoltageOnTheSideOfTheOutput()
+    {
+        touch();
+        at(1, -500, On);
+        QCOMPARE(channel().trace.points().back().voltageSet, -1000.0);
+        at(2, 0, 0);
+        QCOMPARE(channel().trace.points().back().voltageSet, 0.0);
+    }
+
+    // A thousand channels that nothing happens to must not cost a look each, twenty times a second.
+    void looksSeldomAtWhatRests()
+    {
+        touch();
+        for (int i = 0; i < 1000; ++i)
+            at(i, 0, 0);
+        QVERIFY2(looks < 100, qPrintable(QString::number(looks)));
+        const int before = looks;
+        touch();
+        at(1001, 0, 0);
+        QVERIFY(looks > before);
+    }
+
+    void tellsATrip()
+    {
+        const int index = touch();
+        watch->trip(index, 1.5, QStringLiteral("Event.currentTrip"));
+        QVERIFY(channel().tripped);
+        QCOMPARE(failures.size(), 1);
+        QCOMPARE(failures.constFirst().kind, Finding::Trip);
+        QCOMPARE(failures.constFirst().time, 1.5);
+        QVERIFY(failures.constFirst().text.contains(QStringLiteral("local/0.2.1")));
+    }
+
+    void marksAreBounded()
+    {
+        const int index = touch();
+        for (int i = 0; i < ChannelWatch::MostMarks + 2; ++i)
+            watch->mark(index, {rehearsal::Mark::Event, double(i), -1, QStringLiteral("Event.arc")});
+        QCOMPARE(channel().marks.size(), static_cast<std::size_t>(ChannelWatch::MostMarks));
+        QCOMPARE(channel().marksLeftOut, 2);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestChannelWatch)
+#include "tst_channel_watch.moc"

@@ -1,0 +1,198 @@
+#include "workbench/rehearsal/recorder.h"
+
+#include "workbench/simulator/stepped_clock.h"
+
+#include <QTest>
+
+#include <cmath>
+#include <memory>
+
+using rehearsal::Finding;
+using rehearsal::Recorder;
+using rehearsal::Recording;
+
+namespace
+{
+
+OrbItemId item(const char *name, quint32 module = 2, qint32 channel = 1)
+{
+    OrbItemId id(channel < 0 ? OrbItemId::Module : OrbItemId::Channel);
+    id.connectionName = QStringLiteral("local");
+    id.line = 0;
+    id.address = module;
+    id.channel = channel;
+    id.itemName = QString::fromLatin1(name);
+    return id;
+}
+
+} // namespace
+
+/// Against the simulated service, whose time the test steps.
+class TestRecorder : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::shared_ptr<simulator::SteppedClock> clock;
+    std::unique_ptr<simulator::SimulatedService> service;
+    Recording recording;
+    QVector<Finding> found;
+    std::unique_ptr<Recorder> recorder;
+
+    void write(const OrbItemId &id, const char *value, TarnResult expected = TarnResult::Success)
+    {
+        QCOMPARE(service->writeItem(id, QString::fromLatin1(value)), expected);
+    }
+
+    void makeRecorder()
+    {
+        recorder = std::make_unique<Recorder>(*service, clock, recording,
+                                              [this](const Finding &finding) { found.append(finding); });
+    }
+
+    void step(double seconds)
+    {
+        clock->advance(std::chrono::nanoseconds(static_cast<qint64>(seconds * 1e9)));
+    }
+
+    /// As the run does it: a look every interval.
+    void pass(double seconds)
+    {
+        const double end = clock->now() + seconds;
+        while (clock->now() < end - Recorder::Interval / 2) {
+            step(Recorder::Interval);
+            recorder->poll();
+        }
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        clock = std::make_shared<simulator::SteppedClock>();
+        service = std::make_unique<simulator::SimulatedService>(clock);
+        recording = {};
+        found.clear();
+        recording.files.push_back(
+            {QStringLiteral("a.py"), true, rehearsal::NoTime, rehearsal::NoTime, QString()});
+        recording.files.push_back(
+            {QStringLiteral("b.py"), true, rehearsal::NoTime, rehearsal::NoTime, QString()});
+        recorder.reset();
+    }
+
+    void cleanup() { recorder.reset(); }
+
+    void recordsARamp()
+    {
+        makeRecorder();
+        recorder->beginFile(0, {});
+        write(item("Control.voltageSet"), "1000");
+        write(item("Control.on"), "1"); // 200 V/s
+        pass(2.5);
+        QVERIFY(!recorder->isSettled());
+        pass(3.5);
+        QVERIFY(recorder->isSettled());
+        recorder->endFile(QStringLiteral("done"));
+        recorder->finish();
+        QCOMPARE(recording.failures.size(), std::size_t{0});
+        QCOMPARE(recording.files.at(0).begin, 0.0);
+        QCOMPARE(recording.files.at(0).end, recording.duration);
+        QCOMPARE(recording.files.at(0).outcome, QStringLiteral("done"));
+        QCOMPARE(recording.requests.size(), std::size_t{2});
+        QCOMPARE(recording.channels.size(), std::size_t{1});
+        const rehearsal::ChannelRecord &channel = recording.channels.at(0);
+        QCOMPARE(channel.name(), QStringLiteral("local/0.2.1"));
+        QVERIFY2(std::abs(channel.voltage.value - 1000) < 0.1,
+                 qPrintable(QString::number(channel.voltage.value)));
+        QCOMPARE(channel.ramps.size(), std::size_t{1});
+        QVERIFY(std::abs(channel.ramps.at(0).end - channel.ramps.at(0).begin - 5) < 0.06);
+        QCOMPARE(channel.endState, QStringLiteral("on"));
+        // Every write is marked with its place in the list.
+        QCOMPARE(channel.marks.at(0).request, 0);
+        QCOMPARE(channel.marks.at(1).request, 1);
+        // Two straight lines and little else.
+        QVERIFY2(channel.trace.points().size() < 20,
+                 qPrintable(QString::number(channel.trace.points().size())));
+    }
+
+    void recordsNothingFromBefore()
+    {
+        write(item("Control.voltageSet"), "1000");
+        makeRecorder();
+        recorder->beginFile(0, {});
+        recorder->finish();
+        QVERIFY(recording.requests.empty());
+        QVERIFY(recording.channels.empty());
+    }
+
+    void aFailureMakesTheFileFail()
+    {
+        makeRecorder();
+        recorder->beginFile(0, {});
+        write(item("Control.voltageSet"), "99999", TarnResult::Failed);
+        recorder->endFile(QStringLiteral("done"));
+        recorder->beginFile(1, {});
+        recorder->endFile(QStringLiteral("done"));
+        QCOMPARE(recording.files.at(0).outcome, QStringLiteral("failed"));
+        QCOMPARE(recording.files.at(1).outcome, QStringLiteral("done"));
+        QCOMPARE(recording.failures.size(), std::size_t{1});
+        QCOMPARE(recording.failures.at(0).file, QStringLiteral("a.py"));
+        QCOMPARE(found.size(), 1);
+    }
+
+    void aWriteToAModuleTouchesNoChannel()
+    {
+        makeRecorder();
+        recorder->beginFile(0, {});
+        write(item("Control.voltageRampspeed", 2, -1), "20");
+        recorder->finish();
+        QVERIFY(recording.channels.empty());
+        QCOMPARE(recording.requests.size(), std::size_t{1});
+    }
+
+    void findingsAreListedApart()
+    {
+        makeRecorder();
+        recorder->beginFile(0, {});
+        Finding warning;
+        warning.text = QStringLiteral("w");
+        recorder->add(warning);
+        Finding failure;
+        failure.kind = Finding::Script;
+        step(1);
+        recorder->add(failure);
+        QCOMPARE(recording.warnings.size(), std::size_t{1});
+        QVERIFY(std::isnan(recording.warnings.at(0).time));
+        QCOMPARE(recording.failures.size(), std::size_t{1});
+        QCOMPARE(recording.failures.at(0).time, 1.0);
+        QCOMPARE(recording.failures.at(0).file, QStringLiteral("a.py"));
+        for (int i = 0; i < Recorder::MostFailures + 4; ++i)
+            recorder->add(failure);
+        QCOMPARE(recording.failures.size(), static_cast<std::size_t>(Recorder::MostFailures));
+        QCOMPARE(recording.failuresLeftOut, 5);
+    }
+
+    void theTranscriptIsBounded()
+    {
+        makeRecorder();
+        for (int i = 0; i < Recorder::MostTranscriptLines + 2; ++i)
+            recorder->addTranscript(rehearsal::TranscriptLine::Output, QStringLiteral("x"));
+        QCOMPARE(recording.transcript.size(), static_cast<std::size_t>(Recorder::MostTranscriptLines));
+        QCOMPARE(recording.transcriptLeftOut, 2);
+    }
+
+    void aControllerComesAndGoes()
+    {
+        makeRecorder();
+        recorder->beginFile(0, {});
+        service->setControllerAvailable(QStringLiteral("local"), false);
+        service->setControllerAvailable(QStringLiteral("local"), true);
+        recorder->finish();
+        QCOMPARE(recording.events.size(), std::size_t{2});
+        QCOMPARE(recording.events.at(0).place, QStringLiteral("local"));
+        QVERIFY(recording.events.at(0).text.contains(QStringLiteral("away")));
+        QVERIFY(recording.events.at(1).text.contains(QStringLiteral("back")));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestRecorder)
+#include "tst_recorder.moc"

@@ -1,0 +1,168 @@
+#include "workbench/rehearsal/report_page.h"
+
+#include "tests/rehearsal/example_recording.h"
+
+#include <QRegularExpression>
+#include <QTest>
+#include <QXmlStreamReader>
+
+#include <algorithm>
+
+using rehearsal::Recording;
+using rehearsal::reportPage;
+
+namespace
+{
+
+QString part(const QString &page, const char *from, const char *to)
+{
+    const int begin = page.indexOf(QLatin1String(from));
+    const int end = page.indexOf(QLatin1String(to), begin);
+    return begin < 0 || end < 0 ? QString() : page.mid(begin, end - begin);
+}
+
+} // namespace
+
+class TestReportPage : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    // Every tag is closed, every attribute quoted, whatever the files and requests were called.
+    void isWellFormed_data()
+    {
+        QTest::addColumn<bool>("isEmpty");
+        QTest::newRow("with everything") << false;
+        QTest::newRow("with nothing") << true;
+    }
+
+    void isWellFormed()
+    {
+        QFETCH(bool, isEmpty);
+        QString page = reportPage(isEmpty ? Recording() : exampleRecording());
+        // Elements that need no end in HTML get one for the reader of XML.
+        page.replace(QRegularExpression(QStringLiteral("<(meta|link)([^>]*)>")), QStringLiteral("<\\1\\2/>"));
+        page.remove(QStringLiteral("<!DOCTYPE html>"));
+        QXmlStreamReader reader(page);
+        while (!reader.atEnd())
+            reader.readNext();
+        QVERIFY2(!reader.hasError(),
+                 qPrintable(reader.errorString() + QLatin1Char(' ') + QString::number(reader.lineNumber())));
+    }
+
+    void nothingOfAFileIsMarkUp()
+    {
+        const QString page = reportPage(exampleRecording());
+        QVERIFY(!page.contains(QStringLiteral("<script")));
+        QVERIFY(!page.contains(QStringLiteral("<img")));
+        QVERIFY(!page.contains(QStringLiteral("<down>")));
+        QVERIFY(!page.contains(QStringLiteral("Rehearsal <controller>")));
+        QVERIFY(page.contains(QStringLiteral("&lt;script&gt;alert(&#39;x&#39;)&lt;/script&gt;")));
+        QVERIFY(page.contains(QStringLiteral("up &amp; &lt;down&gt;.txt")));
+    }
+
+    void needsNothingElse()
+    {
+        const QString page = reportPage(exampleRecording());
+        QVERIFY(!page.contains(QRegularExpression(QStringLiteral("(src|href)=\"(?!#|data:,)"))));
+        QVERIFY(!page.contains(QStringLiteral("url(")));
+        QVERIFY(!page.contains(QStringLiteral("@import")));
+        QVERIFY(page.contains(QStringLiteral("default-src 'none'")));
+    }
+
+    void everyChannelHasItsPicture()
+    {
+        const QString page = reportPage(exampleRecording());
+        for (const char *name : {"local/0.2.1", "local/0.3.0"}) {
+            const QString figure = part(
+                page, qPrintable(QStringLiteral("data-channel=\"%1\"><figcaption>").arg(QLatin1String(name))),
+                "</figure>");
+            QVERIFY2(!figure.isEmpty(), name);
+            QCOMPARE(figure.count(QStringLiteral("<path class=\"voltage\"")), 1);
+            QCOMPARE(figure.count(QStringLiteral("<path class=\"current\"")), 1);
+            QCOMPARE(figure.count(QStringLiteral("<path class=\"set\"")), 1);
+        }
+    }
+
+    void aPictureShowsLimitsAndMarks()
+    {
+        const QString figure = part(reportPage(exampleRecording()), "<figure", "</figure>");
+        QVERIFY(figure.contains(QStringLiteral("<path class=\"limit\"")));
+        QVERIFY(figure.contains(QStringLiteral(">limit 800 V</span>")));
+        QVERIFY(figure.contains(QStringLiteral(">plant&#39;s limit 2000 V</span>")));
+        QVERIFY2(figure.contains(QStringLiteral("beyond the picture: plant&#39;s limit 4 mA")),
+                 "a limit that would make the picture flat is told instead");
+        QCOMPARE(figure.count(QStringLiteral("<path class=\"mark command\"")), 2); // in both panels
+        QCOMPARE(figure.count(QStringLiteral("<path class=\"mark error\"")), 2);
+        QCOMPARE(figure.count(QStringLiteral("<path class=\"mark crossed\"")), 2);
+        QVERIFY(figure.contains(QStringLiteral("href=\"#request-1\"")));
+        QVERIFY(figure.contains(QStringLiteral("8.000 s: Event.currentTrip")));
+        QVERIFY(figure.contains(QStringLiteral("tripped")));
+    }
+
+    // From 0 to 2000 V in 240 units, and 10 s in 1000.
+    void theTraceIsWhereItBelongs()
+    {
+        const QString figure = part(reportPage(exampleRecording()), "<figure", "</figure>");
+        QVERIFY2(figure.contains(QStringLiteral(
+                     "<path class=\"voltage\" d=\"M0 240L100 240L600 120L800 120L800 240L1000 240\"/>")),
+                 qPrintable(part(figure, "<path class=\"voltage\"", "/>")));
+        QVERIFY2(figure.contains(QStringLiteral("<path class=\"set\" d=\"M0 240H100V120H800V240H1000\"/>")),
+                 qPrintable(part(figure, "<path class=\"set\"", "/>")));
+    }
+
+    void linksLeadSomewhere()
+    {
+        const QString page = reportPage(exampleRecording());
+        QRegularExpressionMatchIterator links =
+            QRegularExpression(QStringLiteral("href=\"#([^\"]+)\"")).globalMatch(page);
+        int count = 0;
+        while (links.hasNext()) {
+            const QString target = links.next().captured(1);
+            QCOMPARE(page.count(QStringLiteral(" id=\"%1\"").arg(target)), 1);
+            ++count;
+        }
+        QVERIFY(count > 10);
+    }
+
+    void verdicts_data()
+    {
+        QTest::addColumn<int>("failures");
+        QTest::addColumn<bool>("isInterrupted");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("isGood");
+        QTest::newRow("good") << 0 << false << QStringLiteral("✔ Nothing failed") << true;
+        QTest::newRow("one") << 1 << false << QStringLiteral("✖ 1 failure<") << false;
+        QTest::newRow("two") << 2 << false << QStringLiteral("✖ 2 failures") << false;
+        QTest::newRow("interrupted") << 0 << true << QStringLiteral("interrupted") << false;
+    }
+
+    void verdicts()
+    {
+        QFETCH(int, failures);
+        QFETCH(bool, isInterrupted);
+        QFETCH(QString, text);
+        QFETCH(bool, isGood);
+        Recording recording;
+        recording.failures.resize(static_cast<std::size_t>(failures));
+        if (isInterrupted)
+            recording.interruption = QStringLiteral("Interrupted by Ctrl+C.");
+        const QString page = part(reportPage(recording), "<div class=\"verdict", "</div>");
+        QVERIFY2(page.contains(text), qPrintable(page));
+        QCOMPARE(page.contains(QStringLiteral("verdict good")), isGood);
+    }
+
+    void tellsWhatIsNotListed()
+    {
+        Recording recording = exampleRecording();
+        recording.requestsLeftOut = 17;
+        recording.failuresLeftOut = 23;
+        const QString page = reportPage(recording);
+        QVERIFY(page.contains(QStringLiteral("17 more are not listed")));
+        QVERIFY(page.contains(QStringLiteral("23 more are not listed")));
+        QVERIFY(page.contains(QStringLiteral("✖ 25 failures")));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestReportPage)
+#include "tst_report_page.moc"

@@ -1,0 +1,241 @@
+#include "workbench/rehearsal/channel_watch.h"
+
+#include "workbench/rehearsal/quantity_text.h"
+#include "workbench/simulator/channel_items.h"
+
+#include <QCoreApplication>
+
+#include <cmath>
+
+namespace rehearsal
+{
+
+namespace
+{
+
+constexpr int RestingAfter = 3; // looks that found nothing new
+constexpr int RestingLooks = 20; // of which one is taken
+constexpr int LeastPoints = 200;
+constexpr int MostPointsOfAll = 2000000;
+constexpr int LimitBits = 32;
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("rehearsal::ChannelWatch", text);
+}
+
+bool has(quint32 bits, simulator::ChannelCondition condition)
+{
+    return ((bits >> static_cast<unsigned>(condition)) & 1U) != 0;
+}
+
+QString quantityText(Quantity quantity, double value)
+{
+    return quantity == Quantity::Voltage ? voltageText(value) : currentText(value);
+}
+
+double valueOf(const TracePoint &point, Quantity quantity)
+{
+    return quantity == Quantity::Voltage ? point.voltage : point.current;
+}
+
+void raise(Peak &peak, double value, double time)
+{
+    if (std::abs(value) > std::abs(peak.value))
+        peak = {value, time};
+}
+
+} // namespace
+
+ChannelWatch::ChannelWatch(Recording &recording_, QHash<QString, QString> displayTexts_, Look look_,
+                           std::function<void(const Finding &)> fail)
+    : recording(recording_),
+      displayTexts(std::move(displayTexts_)),
+      lookAt(std::move(look_)),
+      report(std::move(fail))
+{ }
+
+int ChannelWatch::touch(const QString &controller, const simulator::ObjectAddress &address)
+{
+    if (address.level != OrbItemId::Channel)
+        return -1;
+    const QString name = controller + QLatin1Char('/') + simulator::addressText(address);
+    const auto known = indices.constFind(name);
+    if (known != indices.constEnd()) {
+        states[static_cast<std::size_t>(*known)].restingLooks = 0;
+        return *known;
+    }
+    simulator::ChannelSnapshot snapshot;
+    if (!lookAt(controller, address, snapshot))
+        return -1;
+    const std::size_t index = recording.channels.size();
+    const int room = MostPointsOfAll / static_cast<int>(index + 1);
+    ChannelRecord record(qBound(LeastPoints, room, MostPoints), snapshot.voltageNominal,
+                         snapshot.currentNominal);
+    record.controller = controller;
+    record.controllerText = displayTexts.value(controller, controller);
+    record.address = address;
+    for (int i = 0; i < recording.limits.size(); ++i) {
+        if (recording.limits.at(i).holdsFor(controller, record.controllerText, address))
+            record.limits.append(i);
+    }
+    recording.channels.push_back(std::move(record));
+    states.emplace_back();
+    indices.insert(name, static_cast<int>(index));
+    look(index);
+    return static_cast<int>(index);
+}
+
+void ChannelWatch::addWaypoint(const simulator::JournalEntry &entry)
+{
+    const int known = touch(entry.controller, entry.object);
+    if (known < 0)
+        return;
+    const auto index = static_cast<std::size_t>(known);
+    State &state = states[index];
+    add(index, {entry.time, entry.voltageBefore, entry.currentBefore, state.voltageSet});
+    const TracePoint point{entry.time, entry.voltage, entry.current, state.voltageSet};
+    add(index, point);
+    if (!state.hasWaypoint) {
+        state.courseSince = entry.time;
+        state.courseFrom = entry.voltage;
+    }
+    state.hasWaypoint = true;
+    state.latestWaypoint = point;
+}
+
+void ChannelWatch::mark(int index, const Mark &mark)
+{
+    ChannelRecord &record = recording.channels[static_cast<std::size_t>(index)];
+    if (record.marks.size() >= MostMarks)
+        ++record.marksLeftOut;
+    else
+        record.marks.push_back(mark);
+}
+
+void ChannelWatch::trip(int index, double time, const QString &what)
+{
+    ChannelRecord &record = recording.channels[static_cast<std::size_t>(index)];
+    record.tripped = true;
+    Finding finding;
+    finding.kind = Finding::Trip;
+    finding.time = time;
+    finding.channel = record.name();
+    finding.text = tr("Channel %1 reports \"%2\".").arg(finding.channel, what);
+    report(finding);
+}
+
+void ChannelWatch::sample()
+{
+    for (std::size_t index = 0; index < states.size(); ++index) {
+        State &state = states[index];
+        if (state.restingLooks >= RestingAfter && ++state.looksLeftOut < RestingLooks)
+            continue;
+        state.looksLeftOut = 0;
+        look(index);
+    }
+}
+
+void ChannelWatch::finish()
+{
+    for (std::size_t index = 0; index < states.size(); ++index)
+        look(index);
+}
+
+bool ChannelWatch::isRamping() const
+{
+    for (const State &state : states) {
+        if (state.isRamping)
+            return true;
+    }
+    return false;
+}
+
+void ChannelWatch::look(std::size_t index)
+{
+    using simulator::ChannelCondition;
+    ChannelRecord &record = recording.channels[index];
+    State &state = states[index];
+    simulator::ChannelSnapshot snapshot;
+    if (!lookAt(record.controller, record.address, snapshot))
+        return;
+    const bool isOn = has(snapshot.status, ChannelCondition::On);
+    const bool isRamping = has(snapshot.status, ChannelCondition::VoltageRamping);
+    // Drawn on the side of the output, whichever way the service counts set values of negative ones.
+    state.voltageSet = isOn ? std::copysign(snapshot.voltageSet, snapshot.voltage) : 0;
+    record.voltageLimit = snapshot.voltageLimit;
+    record.currentLimit = snapshot.currentLimit;
+    record.endState = isRamping ? QStringLiteral("ramping")
+        : isOn                  ? QStringLiteral("on")
+                                : QStringLiteral("off");
+    const TracePoint point{snapshot.time, snapshot.voltage, snapshot.current, state.voltageSet};
+    const bool isNew = point.voltage != state.last.voltage || point.current != state.last.current
+        || isRamping != state.isRamping || state.hasWaypoint || point.voltageSet != state.last.voltageSet;
+    state.restingLooks = isNew ? 0 : state.restingLooks + 1;
+    followRamp(index, point, isRamping);
+    add(index, point);
+    state.hasWaypoint = false;
+    state.courseSince = NoTime;
+}
+
+void ChannelWatch::add(std::size_t index, const TracePoint &point)
+{
+    ChannelRecord &record = recording.channels[index];
+    raise(record.voltage, point.voltage, point.time);
+    raise(record.current, point.current, point.time);
+    checkLimits(index, point);
+    record.trace.add(point);
+    states[index].last = point;
+}
+
+void ChannelWatch::checkLimits(std::size_t index, const TracePoint &point)
+{
+    const QVector<int> limits = recording.channels[index].limits;
+    State &state = states[index];
+    for (int i = 0; i < limits.size() && i < LimitBits; ++i) {
+        const Limit &limit = recording.limits.at(limits.at(i));
+        const quint32 bit = quint32{1} << static_cast<unsigned>(i);
+        const double value = valueOf(point, limit.quantity);
+        if ((state.crossed & bit) != 0 || !limit.isCrossedBy(value))
+            continue;
+        state.crossed |= bit;
+        // The straight line from the last point tells when, closer than the time from look to look.
+        const double before = std::abs(valueOf(state.last, limit.quantity));
+        double time = point.time;
+        if (before < limit.value && state.last.time < point.time)
+            time -=
+                (point.time - state.last.time) * (std::abs(value) - limit.value) / (std::abs(value) - before);
+        ChannelRecord &record = recording.channels[index];
+        record.crossed = true;
+        Finding finding;
+        finding.kind = Finding::LimitCrossed;
+        finding.time = time;
+        finding.channel = record.name();
+        finding.text = tr("The %1 of channel %2 crosses the limit \"%3\": it is %4 at %5.")
+                           .arg(quantityName(limit.quantity), finding.channel, limit.text,
+                                quantityText(limit.quantity, value), timeText(point.time));
+        mark(static_cast<int>(index), {Mark::LimitCrossed, time, -1, tr("limit %1 crossed").arg(limit.text)});
+        report(finding);
+    }
+}
+
+void ChannelWatch::followRamp(std::size_t index, const TracePoint &point, bool isRamping)
+{
+    State &state = states[index];
+    std::vector<Ramp> &ramps = recording.channels[index].ramps;
+    if (isRamping && !state.isRamping) {
+        const bool knowsBegin = state.hasWaypoint;
+        const double begin = knowsBegin ? state.courseSince : point.time;
+        const double from = knowsBegin ? state.courseFrom : point.voltage;
+        ramps.push_back({begin, NoTime, from, point.voltage});
+    } else if (!isRamping && state.isRamping) {
+        const TracePoint &end = state.hasWaypoint ? state.latestWaypoint : point;
+        ramps.back().end = end.time;
+        ramps.back().to = end.voltage;
+    } else if (isRamping) {
+        ramps.back().to = point.voltage;
+    }
+    state.isRamping = isRamping;
+}
+
+} // namespace rehearsal

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "workbench/rehearsal/recording.h"
+#include "workbench/simulator/channel_snapshot.h"
+#include "workbench/simulator/plant_journal.h"
+
+#include <QHash>
+
+#include <functional>
+
+namespace rehearsal
+{
+
+/// Follows the touched channels: their courses, peaks and ramps, and the limits that they cross. The plant is reached
+/// through a function, so that a test can be one.
+class ChannelWatch
+{
+public:
+    static constexpr int MostPoints = 2000; ///< of a channel; fewer when many channels are touched
+    static constexpr int MostMarks = 500; ///< of a channel
+
+    /// How a channel is now; false when there is no such channel.
+    using Look = std::function<bool(const QString &controller, const simulator::ObjectAddress &channel,
+                                    simulator::ChannelSnapshot &snapshot)>;
+
+    /// `recording`, of which the limits are complete, is kept and outlives the watch. `fail` gets what fails.
+    /// `displayTexts` are those of the controllers, by connection name.
+    ChannelWatch(Recording &recording, QHash<QString, QString> displayTexts, Look look,
+                 std::function<void(const Finding &)> fail);
+
+    /// From now on the channel is followed. Its index in the recording; -1 when there is no such channel.
+    int touch(const QString &controller, const simulator::ObjectAddress &address);
+
+    /// A channel takes another course; touches it.
+    void addWaypoint(const simulator::JournalEntry &entry);
+    void mark(int index, const Mark &mark);
+    /// A trip or an error of a channel.
+    void trip(int index, double time, const QString &what);
+
+    /// Looks at every channel that changes, and now and then at the others.
+    void sample();
+    /// Looks at every channel for the last time.
+    void finish();
+
+    /// Whether any channel's voltage ramps.
+    bool isRamping() const;
+
+private:
+    /// What is needed of a channel from one look to the next.
+    struct State
+    {
+        TracePoint last;
+        double voltageSet = 0; ///< V, as it is drawn
+        bool isRamping = false;
+        double courseSince = NoTime; ///< s; the first waypoint since the last look
+        double courseFrom = 0; ///< V, there
+        TracePoint latestWaypoint;
+        bool hasWaypoint = false; ///< since the last look
+        int restingLooks = 0; ///< that found nothing new
+        int looksLeftOut = 0;
+        quint32 crossed = 0; ///< bits of those of its limits that it has crossed
+    };
+
+    void look(std::size_t index);
+    void add(std::size_t index, const TracePoint &point);
+    void checkLimits(std::size_t index, const TracePoint &point);
+    void followRamp(std::size_t index, const TracePoint &point, bool isRamping);
+
+    Recording &recording;
+    const QHash<QString, QString> displayTexts;
+    const Look lookAt;
+    const std::function<void(const Finding &)> report;
+    QHash<QString, int> indices; ///< by the channel's name
+    std::vector<State> states;
+};
+
+} // namespace rehearsal

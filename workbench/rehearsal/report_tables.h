@@ -1,0 +1,21 @@
+#pragma once
+
+#include "workbench/rehearsal/recording.h"
+
+#include <QString>
+
+namespace rehearsal
+{
+
+// The report's tables, each as a piece of the page; empty when there is nothing to be listed. A cell that holds a number
+// has it as its attribute "data-value", as it stands in the JSON report.
+
+QString fileTable(const Recording &recording);
+QString findingList(const std::vector<Finding> &findings, int leftOut);
+QString peakTable(const Recording &recording);
+QString rampTable(const Recording &recording);
+QString requestTable(const Recording &recording);
+QString eventTable(const Recording &recording);
+QString transcriptText(const Recording &recording);
+
+} // namespace rehearsal
