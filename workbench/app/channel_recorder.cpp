@@ -1,5 +1,6 @@
 #include "workbench/app/channel_recorder.h"
 
+#include "workbench/app/fault_switch.h"
 #include "workbench/app/fault_text.h"
 #include "workbench/app/plant_watcher.h"
 #include "workbench/app/translated_text.h"
@@ -59,7 +60,11 @@ bool markOf(const simulator::JournalEntry &entry, ChannelMark &mark)
     using simulator::JournalEntry;
     mark.time = entry.time;
     if (entry.kind == JournalEntry::FaultBegins || entry.kind == JournalEntry::FaultEnds) {
+        // What is over by itself need not be said to be.
         simulator::FaultKind kind{};
+        if (entry.kind == JournalEntry::FaultEnds && simulator::faultOfName(entry.text, kind)
+            && !FaultSwitch::lasts(kind))
+            return false;
         const QString name =
             simulator::faultOfName(entry.text, kind) ? faultText(kind).toLower() : entry.text;
         mark.kind = ChannelMark::Simulated;

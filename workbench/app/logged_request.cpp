@@ -180,9 +180,10 @@ QString outcomeText(const LoggedRequest &request)
 {
     const QString word = trigger(request);
     const auto count = [&](bool isLost) {
-        return std::count_if(
-            request.answers.cbegin(), request.answers.cend(),
-            [&](const LoggedAnswer &answer) { return answer.isLost == isLost && answer.text == word; });
+        return std::count_if(request.answers.cbegin(), request.answers.cend(),
+                             [&](const LoggedAnswer &answer) {
+                                 return answer.isLost == isLost && triggerWord(answer.text) == word;
+                             });
     };
     switch (request.outcome()) {
     case LoggedRequest::Waiting:

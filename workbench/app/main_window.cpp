@@ -183,8 +183,8 @@ void MainWindow::buildSystemDock()
 
 void MainWindow::buildPlantDocks(simulator::SimulatedService &plant)
 {
-    plantViews = new PlantDocks(mainData, plant, *this, this);
-    connect(plantViews, &PlantDocks::message, this, &MainWindow::showMessage);
+    plantViews = std::make_unique<PlantDocks>(mainData, plant, *this);
+    connect(plantViews.get(), &PlantDocks::message, this, &MainWindow::showMessage);
     const QList<QAction *> toggles = plantViews->toggles();
     windowMenu->insertActions(windowMenu->actions().at(1), toggles);
 
@@ -193,7 +193,7 @@ void MainWindow::buildPlantDocks(simulator::SimulatedService &plant)
     menuOfPlant->addActions(plantViews->selectionActions());
     menuBar()->insertMenu(windowMenu->menuAction(), menuOfPlant);
     // What is selected in the tree is what the entries are for.
-    connect(menuOfPlant, &QMenu::aboutToShow, plantViews,
+    connect(menuOfPlant, &QMenu::aboutToShow, plantViews.get(),
             [this] { plantViews->setSelection(view->selectedIds()); });
 }
 

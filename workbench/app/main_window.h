@@ -50,7 +50,7 @@ public:
     SystemView &systemView() { return *view; }
     SystemPanel &systemPanel() { return *panel; }
     /// Null when the window has no plant.
-    PlantDocks *plantDocks() { return plantViews; }
+    PlantDocks *plantDocks() { return plantViews.get(); }
 
     /// Puts window and docks where they are on the first start.
     void resetLayout();
@@ -83,7 +83,7 @@ private:
     SystemModel *model = nullptr;
     SystemPanel *panel = nullptr;
     SystemView *view = nullptr; ///< the panel's
-    PlantDocks *plantViews = nullptr;
+    std::unique_ptr<PlantDocks> plantViews;
     QDockWidget *systemDock = nullptr;
     QLabel *counts = nullptr;
     QMenu *windowMenu = nullptr;

@@ -37,13 +37,15 @@ PlantDocks::PlantDocks(KdMainData &mainData, simulator::SimulatedService &plant,
     connect(faultSwitch, &FaultSwitch::message, this, &PlantDocks::message);
 }
 
+PlantDocks::~PlantDocks() = default;
+
 void PlantDocks::resetLayout()
 {
-    for (QDockWidget *dock : {chartDock, messageDock}) {
+    for (QDockWidget *dock : {chartDock.get(), messageDock.get()}) {
         dock->setFloating(false);
         window.addDockWidget(Qt::BottomDockWidgetArea, dock);
     }
-    window.tabifyDockWidget(chartDock, messageDock);
+    window.tabifyDockWidget(chartDock.get(), messageDock.get());
     chartDock->hide();
     messageDock->hide();
 }
@@ -78,10 +80,11 @@ void PlantDocks::stop()
     plantWatcher->stop();
 }
 
-QDockWidget *PlantDocks::makeDock(QWidget &content, const QString &title, const QString &name,
-                                  const QString &entry, const QString &help)
+std::unique_ptr<QDockWidget> PlantDocks::makeDock(QWidget &content, const QString &title, const QString &name,
+                                                  const QString &entry, const QString &help)
 {
-    auto *dock = new QDockWidget(title, &window);
+    auto owned = std::make_unique<QDockWidget>(title, &window);
+    QDockWidget *const dock = owned.get();
     dock->setObjectName(name);
     dock->setWidget(&content);
     window.addDockWidget(Qt::BottomDockWidgetArea, dock);
@@ -96,7 +99,7 @@ QDockWidget *PlantDocks::makeDock(QWidget &content, const QString &title, const 
             dock->widget()->setFocus(Qt::OtherFocusReason);
         }
     });
-    return dock;
+    return owned;
 }
 
 void PlantDocks::show(QDockWidget &dock)

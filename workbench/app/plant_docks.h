@@ -6,6 +6,8 @@
 #include <QObject>
 #include <QVector>
 
+#include <memory>
+
 class KdMainData;
 class QAction;
 class QDockWidget;
@@ -32,9 +34,10 @@ class PlantDocks : public QObject
     Q_OBJECT
 
 public:
-    /// All three are kept and outlive this object. The window owns the docks.
+    /// All three are kept and outlive this object.
     PlantDocks(KdMainData &mainData, simulator::SimulatedService &plant, QMainWindow &window,
                QObject *parent = nullptr);
+    ~PlantDocks() override;
 
     /// Below the rest of the window, one behind the other, and hidden.
     void resetLayout();
@@ -63,8 +66,8 @@ Q_SIGNALS:
     void message(const QString &text);
 
 private:
-    QDockWidget *makeDock(QWidget &content, const QString &title, const QString &name, const QString &entry,
-                          const QString &help);
+    std::unique_ptr<QDockWidget> makeDock(QWidget &content, const QString &title, const QString &name,
+                                          const QString &entry, const QString &help);
     void show(QDockWidget &dock);
 
     QMainWindow &window;
@@ -73,8 +76,9 @@ private:
     MessageLog *messageLog;
     FaultSwitch *faultSwitch;
     FaultMenu *faultMenu;
-    QDockWidget *chartDock;
-    QDockWidget *messageDock;
+    // Go before the watcher, which they use; the window forgets them then.
+    std::unique_ptr<QDockWidget> chartDock;
+    std::unique_ptr<QDockWidget> messageDock;
     QAction *showAction;
     QVector<OrbItemId> selection;
 };

@@ -358,6 +358,7 @@ void StripChartPlot::scaleValues(const QwtInterval &volts, const QwtInterval &am
         scale(yLeft, volts, LeastVolts);
         scale(yRight, amperes, LeastAmperes);
     }
+    updateAxes();
     auto *draw = static_cast<CurrentScaleDraw *>(axisScaleDraw(yRight));
     const QwtInterval range = axisInterval(yRight);
     const bool isOther = draw->adaptTo(std::max(std::fabs(range.minValue()), std::fabs(range.maxValue())));

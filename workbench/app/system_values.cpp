@@ -54,7 +54,8 @@ SystemState channelFault(Reader &reader)
 {
     if (reader.flag(QLatin1String("Status.emergency")))
         return SystemState::Emergency;
-    if (reader.flag(QLatin1String("Status.currentTrip")))
+    // The excess itself is over once the output is off; the error stays.
+    if (reader.flag(QLatin1String("Status.currentTrip")) || reader.flag(QLatin1String("Error.currentTrip")))
         return SystemState::Tripped;
     return SystemState::Error;
 }

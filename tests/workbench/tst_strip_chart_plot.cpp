@@ -1,0 +1,229 @@
+#include "workbench/app/strip_chart_plot.h"
+
+#include "tests/workbench/strip_chart_bench.h"
+
+#include <QComboBox>
+#include <QMouseEvent>
+#include <QTest>
+
+#include <qwt_plot_curve.h>
+
+using workbench::StripChartPlot;
+
+namespace
+{
+
+/// Points of the measured voltage as they are drawn.
+std::size_t pointsOf(const StripChartPlot &plot)
+{
+    for (QwtPlotItem *item : plot.itemList(QwtPlotItem::Rtti_PlotCurve)) {
+        if (item->title().text() == QStringLiteral("local 0.0.1 (V)")
+            && item->testItemAttribute(QwtPlotItem::Legend))
+            return static_cast<QwtPlotCurve *>(item)->dataSize();
+    }
+    return 0;
+}
+
+double span(const StripChartPlot &plot)
+{
+    return plot.lastTime() - plot.firstTime();
+}
+
+} // namespace
+
+class TestStripChartPlot : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void followsTheTime()
+    {
+        StripChartBench bench;
+        bench.chart.add({PlantBench::channel(1)});
+        bench.run(100);
+        QVERIFY(qAbs(bench.plot().lastTime() - 100) < 1e-6);
+        QCOMPARE(span(bench.plot()), 60.0);
+    }
+
+    void pausesAndGoesOn()
+    {
+        StripChartBench bench;
+        bench.ramp();
+        bench.tool("pause")->trigger();
+        QVERIFY(!bench.plot().isFollowing());
+        const double last = bench.plot().lastTime();
+        bench.run(100);
+        QCOMPARE(bench.plot().lastTime(), last);
+        QVERIFY2(bench.chart.recorder().now() > 100, "it goes on recording");
+        bench.tool("pause")->trigger();
+        QVERIFY(bench.plot().isFollowing());
+        QCOMPARE(bench.plot().lastTime(), bench.chart.recorder().now());
+    }
+
+    void showsEverything()
+    {
+        StripChartBench bench;
+        bench.step(50);
+        bench.ramp();
+        bench.run(200);
+        bench.tool("showAll")->trigger();
+        QCOMPARE(bench.plot().firstTime(), 50.0);
+        QCOMPARE(bench.plot().lastTime(), bench.chart.recorder().now());
+        QVERIFY(bench.tool("pause")->isChecked());
+    }
+
+    void choosesHowMuchTime()
+    {
+        StripChartBench bench;
+        bench.ramp();
+        bench.run(100);
+        auto *spans = bench.chart.findChild<QComboBox *>(QStringLiteral("span"));
+        spans->setCurrentIndex(0);
+        Q_EMIT spans->activated(0);
+        QCOMPARE(span(bench.plot()), 10.0);
+    }
+
+    void zoomsAboutThePointer()
+    {
+        StripChartBench bench;
+        bench.ramp();
+        bench.tool("pause")->trigger();
+        const QPoint place(bench.plot().canvas()->width() / 4, bench.plot().canvas()->height() / 2);
+        const double under = bench.plot().invTransform(QwtPlot::xBottom, place.x());
+        const double before = span(bench.plot());
+        bench.turnWheel(2, Qt::NoModifier, place);
+        QVERIFY(span(bench.plot()) < 0.7 * before);
+        QVERIFY(qAbs(bench.plot().invTransform(QwtPlot::xBottom, place.x()) - under) < 0.02 * before);
+    }
+
+    void zoomsTheValues()
+    {
+        StripChartBench bench;
+        bench.ramp();
+        const double time = span(bench.plot());
+        const QwtInterval volts = bench.plot().axisInterval(QwtPlot::yLeft);
+        const QwtInterval amperes = bench.plot().axisInterval(QwtPlot::yRight);
+        bench.turnWheel(2, Qt::ControlModifier, QPoint(100, 100));
+        QCOMPARE(span(bench.plot()), time);
+        QVERIFY(bench.plot().axisInterval(QwtPlot::yLeft).width() < 0.7 * volts.width());
+        QVERIFY(bench.plot().axisInterval(QwtPlot::yRight).width() < 0.7 * amperes.width());
+        bench.run(1); // and it stays
+        QVERIFY(bench.plot().axisInterval(QwtPlot::yLeft).width() < 0.7 * volts.width());
+    }
+
+    void zoomsIntoAFrame()
+    {
+        StripChartBench bench;
+        bench.ramp();
+        QWidget *canvas = bench.plot().canvas();
+        const QPoint from(canvas->width() / 10, canvas->height() / 4);
+        const QPoint to(canvas->width() / 2, canvas->height() / 2);
+        const double first = bench.plot().invTransform(QwtPlot::xBottom, from.x());
+        const double last = bench.plot().invTransform(QwtPlot::xBottom, to.x());
+        const double high = bench.plot().invTransform(QwtPlot::yLeft, from.y());
+        QTest::mousePress(canvas, Qt::LeftButton, {}, from);
+        QMouseEvent move(QEvent::MouseMove, to, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(canvas, &move);
+        QTest::mouseRelease(canvas, Qt::LeftButton, {}, to);
+        QVERIFY(!bench.plot().isFollowing());
+        const double pixel = 2 * (last - first) / (to.x() - from.x());
+        QVERIFY(qAbs(bench.plot().firstTime() - first) < pixel);
+        QVERIFY(qAbs(bench.plot().lastTime() - last) < pixel);
+        QVERIFY(qAbs(bench.plot().axisInterval(QwtPlot::yLeft).maxValue() - high) < 20);
+    }
+
+    void takesAClickForNoFrame()
+    {
+        StripChartBench bench;
+        bench.ramp();
+        QTest::mouseClick(bench.plot().canvas(), Qt::LeftButton, {}, QPoint(100, 100));
+        QVERIFY(bench.plot().isFollowing());
+    }
+
+    void movesWithThePointer_data()
+    {
+        QTest::addColumn<int>("button");
+        QTest::addColumn<int>("modifier");
+        QTest::newRow("middle button") << int(Qt::MiddleButton) << int(Qt::NoModifier);
+        QTest::newRow("Shift") << int(Qt::LeftButton) << int(Qt::ShiftModifier);
+    }
+
+    void movesWithThePointer()
+    {
+        QFETCH(int, button);
+        QFETCH(int, modifier);
+        StripChartBench bench;
+        bench.ramp();
+        QWidget *canvas = bench.plot().canvas();
+        const double last = bench.plot().lastTime();
+        const double before = span(bench.plot());
+        const int quarter = canvas->contentsRect().width() / 4;
+        const auto key = Qt::KeyboardModifiers(modifier);
+        QTest::mousePress(canvas, Qt::MouseButton(button), key, QPoint(200, 100));
+        QMouseEvent move(QEvent::MouseMove, QPoint(200 + quarter, 100), Qt::NoButton, Qt::MouseButton(button),
+                         key);
+        QCoreApplication::sendEvent(canvas, &move);
+        QTest::mouseRelease(canvas, Qt::MouseButton(button), key, QPoint(200 + quarter, 100));
+        QVERIFY(!bench.plot().isFollowing());
+        QVERIFY(qAbs(bench.plot().lastTime() - (last - before / 4)) < before / 100);
+        QVERIFY(qAbs(span(bench.plot()) - before) < 1e-9);
+    }
+
+    void obeysKeys()
+    {
+        StripChartBench bench;
+        bench.ramp();
+        QWidget *canvas = bench.plot().canvas();
+        QTest::keyClick(canvas, Qt::Key_Space);
+        QVERIFY(!bench.plot().isFollowing());
+        const double first = bench.plot().firstTime();
+        QTest::keyClick(canvas, Qt::Key_Left);
+        QVERIFY(bench.plot().firstTime() < first);
+        QTest::keyClick(canvas, Qt::Key_Right);
+        QVERIFY(qAbs(bench.plot().firstTime() - first) < 1e-6);
+        const double before = span(bench.plot());
+        QTest::keyClick(canvas, Qt::Key_Plus);
+        QVERIFY(span(bench.plot()) < before);
+        QTest::keyClick(canvas, Qt::Key_Minus);
+        QVERIFY(qAbs(span(bench.plot()) - before) < 1e-6);
+        QTest::keyClick(canvas, Qt::Key_Home);
+        QCOMPARE(bench.plot().firstTime(), 0.0);
+        QCOMPARE(bench.plot().lastTime(), 3.0);
+        QTest::keyClick(canvas, Qt::Key_End);
+        QVERIFY(bench.plot().isFollowing());
+    }
+
+    void zoomsNeitherToNothingNorToAYear()
+    {
+        StripChartBench bench;
+        bench.ramp();
+        bench.tool("pause")->trigger();
+        for (int turn = 0; turn < 300; ++turn)
+            bench.plot().zoomTime(0.5, 1);
+        QVERIFY(qAbs(span(bench.plot()) - StripChartPlot::ShortestSpan) < 1e-9);
+        for (int turn = 0; turn < 300; ++turn)
+            bench.plot().zoomTime(2, 1);
+        QVERIFY(span(bench.plot()) <= 2 * workbench::ChannelRecord::Span + 1e-9);
+    }
+
+    void drawsNothingWhileItIsHidden()
+    {
+        StripChartBench bench;
+        bench.ramp();
+        bench.chart.hide();
+        const std::size_t before = pointsOf(bench.plot());
+        for (int number = 0; number < 20; ++number) {
+            bench.step(0.5);
+            bench.set(PlantBench::channel(1), "Control.voltageSet", QString::number(number * 100));
+            bench.watcher.poll();
+        }
+        QCOMPARE(pointsOf(bench.plot()), before);
+        QVERIFY2(bench.chart.recorder().at(0).samples().size() > 25, "but it records");
+        bench.chart.show();
+        QVERIFY(pointsOf(bench.plot()) > before);
+    }
+};
+
+QTEST_MAIN(TestStripChartPlot)
+
+#include "tst_strip_chart_plot.moc"
