@@ -407,9 +407,13 @@ void TestAnswerTransport::equalRunsGiveEqualJournals()
         layout.controllers.front().jitter = 0.1;
         layout.faults = {{1.5, {FaultKind::DuplicateAnswers, Local, {}, 0, 3}},
                          {3.1, {FaultKind::ReorderAnswers, Local, {}, 0, 0}},
-                         {4.05, {FaultKind::Disconnect, Local, {}, 0.7, 0}}};
+                         {4.05, {FaultKind::Disconnect, Local, {}, 0.7, 0}},
+                         {12, {FaultKind::SlowAnswers, Local, {}, 1, 1}}};
         start(layout);
         QString reply;
+        // A ramp, which comes to its end by itself in between.
+        service->writeItem(channelItem("Control.voltageRampspeedUp"), QStringLiteral("100"));
+        service->writeItem(channelItem("Control.on"), QStringLiteral("1"));
         for (int i = 0; i < 60; ++i) {
             const double next = (i + 1) * 0.1;
             const QByteArray value = QByteArray::number(i);
@@ -423,15 +427,21 @@ void TestAnswerTransport::equalRunsGiveEqualJournals()
             }
             stepTo(next);
         }
+        // Down again, with nobody asking anything until long after.
+        service->writeItem(channelItem("Control.on"), QStringLiteral("0"));
         stepTo(20);
         QStringList lines;
         const QVector<JournalEntry> all = service->journal(0);
+        const auto isEarlier = [](const JournalEntry &a, const JournalEntry &b) { return a.time < b.time; };
+        if (!std::is_sorted(all.begin(), all.end(), isEarlier))
+            return QStringLiteral("out of order");
         for (const JournalEntry &entry : all)
             lines << journalLine(entry);
         return lines.join(QLatin1Char('\n'));
     };
     const QString first = run(5, 1);
     QVERIFY(first.contains(QLatin1String("answer lost")));
+    QVERIFY(first.contains(QLatin1String("Event.endOfRamp")));
     QVERIFY(first.contains(QLatin1String("controller came")));
     QCOMPARE(run(5, 1), first);
     QCOMPARE(run(5, 0.013), first); // however often somebody looks

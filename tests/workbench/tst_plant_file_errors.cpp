@@ -94,6 +94,8 @@ void TestPlantFileErrors::refused_data()
         "p.json:2:54: \"count\" of a module is \"3\"; allowed is a whole number from 1 to 1000");
     row("bool", "{\"controllers\": [{\"name\": \"a\", \"local\": 1}]}",
         "p.json:1:41: \"local\" of a controller is 1; allowed is true or false");
+    row("behind letters of several bytes", "{\"controllers\": [{\"name\": \"µµ€\", \"local\": 1}]}",
+        "p.json:1:43: \"local\" of a controller is 1; allowed is true or false");
     row("empty name", "{\"controllers\": [{\"name\": \" \"}]}",
         "p.json:1:27: \"name\" of a controller is \" \"; allowed is a text that is not empty");
     row("choice", withModule("{" + good + R"(, "polarity": "both"})"),

@@ -35,10 +35,8 @@ void AnswerPath::ask(PendingRequest request, std::chrono::milliseconds serviceLa
         const double own = latency < 0 ? std::chrono::duration<double>(serviceLatency).count() : latency;
         request.due = request.askedAt + own + drawJitter() + delay;
     }
-    if (!requests.empty()) {
+    if (!requests.empty())
         request.due = std::max(request.due, requests.back().due);
-        request.release = std::max(request.release, requests.back().release);
-    }
     requests.push_back(std::move(request));
 }
 
