@@ -2,6 +2,7 @@
 
 #include "workbench/app/channel_recorder.h"
 #include "workbench/app/strip_chart_axis.h"
+#include "workbench/app/strip_chart_curve.h"
 #include "workbench/app/strip_chart_line.h"
 #include "workbench/app/strip_chart_marks.h"
 #include "workbench/app/strip_chart_zoom.h"
@@ -290,7 +291,7 @@ void StripChartPlot::addLines()
     for (std::size_t number = 0; number < added.size(); ++number) {
         const bool isCurrent = number >= Current;
         const bool isMeasured = number == Voltage || number == Current;
-        auto curve = std::make_unique<QwtPlotCurve>(record.name() + (isCurrent ? tr(" (A)") : tr(" (V)")));
+        auto curve = std::make_unique<StripChartCurve>(record.name() + (isCurrent ? tr(" (A)") : tr(" (V)")));
         curve->setYAxis(isCurrent ? yRight : yLeft);
         curve->setItemAttribute(QwtPlotItem::Legend, isMeasured);
         curve->setLegendAttribute(QwtPlotCurve::LegendShowLine);

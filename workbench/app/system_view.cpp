@@ -22,14 +22,16 @@ namespace workbench
 namespace
 {
 
-/// Calls `visit` for every row below `parent`.
-void forEachRow(const QAbstractItemModel &model, const QModelIndex &parent,
-                const std::function<void(const QModelIndex &)> &visit)
+/// Calls `visit` for every row below `parent` that can be opened.
+void forEachBranch(const QAbstractItemModel &model, const QModelIndex &parent,
+                   const std::function<void(const QModelIndex &)> &visit)
 {
     for (int row = 0; row < model.rowCount(parent); ++row) {
         const QModelIndex index = model.index(row, 0, parent);
+        if (model.rowCount(index) == 0)
+            continue;
         visit(index);
-        forEachRow(model, index, visit);
+        forEachBranch(model, index, visit);
     }
 }
 
@@ -85,7 +87,7 @@ SystemView::SystemView(SystemModel &model, QWidget *parent) : QTreeView(parent),
     setDragEnabled(true);
     setDragDropMode(DragOnly);
     layOutColumns();
-    expandNewRows({});
+    expandRows();
 
     connect(&model, &QAbstractItemModel::modelAboutToBeReset, this, &SystemView::rememberRows);
     connect(&model, &QAbstractItemModel::modelReset, this, &SystemView::restoreRows);
@@ -231,7 +233,7 @@ void SystemView::layOutColumns()
 
 void SystemView::rememberRows()
 {
-    forEachRow(system, {}, [this](const QModelIndex &index) {
+    forEachBranch(system, {}, [this](const QModelIndex &index) {
         const QString key = system.keyAt(index);
         knownKeys.insert(key);
         // What has vanished for a while keeps its last state.
@@ -250,12 +252,7 @@ void SystemView::rememberRows()
 void SystemView::restoreRows()
 {
     restoring = true; // what the operator chose before is not chosen again
-    expandNewRows({});
-    for (const QString &key : qAsConst(expandedKeys)) {
-        const QModelIndex index = system.indexOf(key);
-        if (index.isValid())
-            expand(index);
-    }
+    expandRows();
     const QModelIndex current = system.indexOf(currentKey);
     if (current.isValid())
         selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
@@ -267,17 +264,17 @@ void SystemView::restoreRows()
     restoring = false;
 }
 
-void SystemView::expandNewRows(const QModelIndex &parent)
+void SystemView::expandRows()
 {
-    for (int row = 0; row < system.rowCount(parent); ++row) {
-        const QModelIndex index = system.index(row, SystemModel::NameColumn, parent);
+    // One way through the tree: looking for each key would be one way for each.
+    forEachBranch(system, {}, [this](const QModelIndex &index) {
+        const QString key = system.keyAt(index);
         // Modules open one at a time: the first shows what there is to see.
-        const bool isNew = !knownKeys.contains(system.keyAt(index));
         const bool isModule = system.idAt(index).type == OrbItemId::Module;
-        if (isNew && (!isModule || row == 0))
+        const bool isNew = !knownKeys.contains(key);
+        if (isNew ? !isModule || index.row() == 0 : expandedKeys.contains(key))
             expand(index);
-        expandNewRows(index);
-    }
+    });
 }
 
 void SystemView::choose(const QModelIndex &index)

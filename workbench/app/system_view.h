@@ -59,14 +59,14 @@ private:
     void layOutColumns();
     void rememberRows();
     void restoreRows();
-    void expandNewRows(const QModelIndex &parent);
+    void expandRows();
     void choose(const QModelIndex &index);
 
     SystemModel &system;
     QTimer interval;
     QTimer soon; ///< reads once what just came into sight
 
-    QSet<QString> knownKeys; ///< every object that was shown so far
+    QSet<QString> knownKeys; ///< every object that had something below it so far
     QSet<QString> expandedKeys;
     QSet<QString> selectedKeys;
     QString currentKey;
