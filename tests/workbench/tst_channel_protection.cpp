@@ -27,13 +27,9 @@ private Q_SLOTS:
     void killWhileExceeded();
     void voltageBounds();
     void currentBounds();
-    void sparks();
-    void tooManySparks();
-    void clearingErrorsForgetsSparks();
-    void nothingSparksWithoutVoltage();
-    void sparksByChance();
     void clearingWhatStillIsTheCase_data();
     void clearingWhatStillIsTheCase();
+    void emergencyLeavesTheDischargeToTheLoad();
     void masks();
 };
 
@@ -333,99 +329,6 @@ void TestChannelProtection::currentBounds()
     QVERIFY(bench.isTrue("Error.currentBoundExceeded"));
 }
 
-void TestChannelProtection::sparks()
-{
-    ChannelBench bench;
-    QVERIFY(bench.rampedTo("1000"));
-    bench.fault(FaultKind::Spark, true, 3);
-    const auto is = [&bench](double volts, bool arc) {
-        return bench.number("Status.voltageMeasure") == volts && bench.isTrue("Status.arc") == arc
-            && bench.isTrue("Status.constantCurrent") == arc;
-    };
-    for (int spark = 0; spark < 3; ++spark) {
-        QVERIFY(is(0, true));
-        QCOMPARE(bench.number("Status.currentMeasure"), NominalCurrent);
-        bench.advance(0.00499);
-        QVERIFY(is(0, true));
-        bench.advance(0.00002); // 5.01 ms
-        QVERIFY(is(1000, false));
-        bench.advance(0.00498); // 9.99 ms
-        QVERIFY(is(1000, false));
-        bench.advance(0.000011);
-    }
-    QVERIFY(is(1000, false)); // there is no fourth
-    QVERIFY(bench.isTrue("Event.arc"));
-    QVERIFY(!bench.isTrue("Error.arc"));
-    QVERIFY(bench.isTrue("Control.on"));
-}
-
-void TestChannelProtection::tooManySparks()
-{
-    ChannelBench bench;
-    QVERIFY(bench.rampedTo("1000"));
-    const double start = bench.now;
-    bench.fault(FaultKind::Spark, true, 20);
-    bench.advance(1);
-    QVERIFY(bench.isTrue("Error.arc"));
-    QVERIFY(bench.isTrue("Event.arcError"));
-    QVERIFY(isAt(bench.timeOf("Error.arc"), start + 0.04)); // the fifth
-    QVERIFY(!bench.isTrue("Control.on"));
-    QCOMPARE(bench.number("Status.voltageMeasure"), 0.0);
-    QCOMPARE(bench.number("Status.currentMeasure"), 0.0);
-}
-
-void TestChannelProtection::clearingErrorsForgetsSparks()
-{
-    ChannelBench bench;
-    QVERIFY(bench.rampedTo("1000"));
-    for (int times = 0; times < 3; ++times) {
-        bench.fault(FaultKind::Spark, true, 4);
-        bench.advance(1);
-        QVERIFY(!bench.isTrue("Error.arc"));
-        QVERIFY(bench.set("Control.clearErrors", "1"));
-    }
-    bench.fault(FaultKind::Spark, true, 4);
-    bench.advance(1);
-    QVERIFY(bench.set("Control.clearEvents", "1"));
-    bench.fault(FaultKind::Spark, true, 1);
-    QVERIFY(bench.isTrue("Error.arc"));
-}
-
-void TestChannelProtection::nothingSparksWithoutVoltage()
-{
-    ChannelBench bench;
-    bench.fault(FaultKind::Spark, true, 3);
-    bench.advance(1);
-    QVERIFY(!bench.isTrue("Event.arc"));
-    QCOMPARE(bench.number("Status.currentMeasure"), 0.0);
-}
-
-void TestChannelProtection::sparksByChance()
-{
-    constexpr double Interval = 20; // s
-    LoadLayout load = resistiveLoad(Load);
-    load.sparkInterval = Interval;
-    ChannelBench bench(load);
-    QVERIFY(bench.set("Control.voltageSet", "1000"));
-    QVERIFY(bench.set("Control.on", "1"));
-    bench.advance(100 * Interval);
-    QVERIFY(!bench.isTrue("Event.arc")); // only above half the limit
-    QVERIFY(bench.set("Control.voltageSet", "1500"));
-    constexpr int Sparks = 400;
-    for (int spark = 0; spark < Sparks; ++spark) {
-        for (int second = 0; !bench.isTrue("Event.arc"); ++second) {
-            QVERIFY(second < 100 * Interval);
-            bench.advance(1);
-        }
-        bench.advance(0.01); // until the arc is over
-        QVERIFY(bench.set("Control.clearAll", "1"));
-        QVERIFY(bench.isTrue("Control.on"));
-    }
-    // The mean of 400 exponential intervals has a standard deviation of a twentieth.
-    const double mean = (bench.now - Start - 100 * Interval - 2.5) / Sparks;
-    QVERIFY2(isWithin(mean, Interval, 0.2), qPrintable(QString::number(mean)));
-}
-
 void TestChannelProtection::clearingWhatStillIsTheCase_data()
 {
     QTest::addColumn<FaultKind>("fault");
@@ -456,6 +359,25 @@ void TestChannelProtection::clearingWhatStillIsTheCase()
     QVERIFY(bench.isTrue(error.constData()));
     QVERIFY(bench.set("Control.clearErrors", "1"));
     QVERIFY(!bench.isTrue(error.constData()));
+}
+
+void TestChannelProtection::emergencyLeavesTheDischargeToTheLoad()
+{
+    ChannelBench bench(capacitiveLoad(Load, 1e-6)); // a second
+    QVERIFY(bench.rampedTo("1000"));
+    QVERIFY(bench.set("Control.emergency", "1"));
+    QVERIFY(isAt(bench.timeOf("Error.emergency"), bench.now));
+    QVERIFY(!bench.isTrue("Status.on"));
+    QVERIFY(!bench.isTrue("Status.ramping"));
+    QCOMPARE(bench.number("Status.currentMeasure"), 0.0);
+    bench.advance(1);
+    QVERIFY(isWithin(bench.number("Status.voltageMeasure"), 1000 * std::exp(-1), OnePercent));
+    QCOMPARE(bench.write("Control.on", "1"), TarnResult::Failed);
+    QVERIFY(bench.set("Control.emergency", "0"));
+    // On again, it goes on from the voltage that is left.
+    QVERIFY(bench.set("Control.on", "1"));
+    bench.advance(1);
+    QVERIFY(isWithin(bench.number("Status.voltageMeasure"), 1000 * std::exp(-1) + 200, OnePercent));
 }
 
 void TestChannelProtection::masks()

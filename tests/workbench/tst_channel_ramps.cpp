@@ -24,6 +24,7 @@ private Q_SLOTS:
     void rampspeedRange_data();
     void rampspeedRange();
     void endOfRamp();
+    void endOfRampWaitsForTheVoltage();
     void rampEvents();
 };
 
@@ -231,6 +232,33 @@ void TestChannelRamps::endOfRamp()
     bench.advance(60);
     QVERIFY(bench.set("Control.on", "0"));
     QVERIFY(bench.isTrue("Event.endOfRamp"));
+}
+
+void TestChannelRamps::endOfRampWaitsForTheVoltage()
+{
+    // 10 µF at 1 mA: 100 V/s, half of the ramp.
+    ChannelBench bench(capacitiveLoad(simulator::NoLoad, 1e-5));
+    QVERIFY(bench.set("Control.currentSet", "0.001"));
+    QVERIFY(bench.set("Setup.delayedTripAction", "4"));
+    QVERIFY(bench.set("Control.voltageSet", "1000"));
+    QVERIFY(bench.set("Control.on", "1"));
+    bench.advance(9.99);
+    QVERIFY(bench.isTrue("Status.constantCurrent"));
+    QVERIFY(!bench.isTrue("Event.endOfRamp"));
+    bench.advance(0.02);
+    QVERIFY(bench.isTrue("Event.endOfRamp"));
+    QVERIFY(isWithin(bench.timeOf("Event.endOfRamp") - 100, 10, 1e-6));
+
+    // Down, the output is discharged by its bleeder of 5 MOhm, with a time constant of 50 s.
+    QVERIFY(bench.set("Control.on", "0"));
+    bench.advance(50);
+    QVERIFY(isWithin(bench.number("Status.voltageMeasure"), 1000 * std::exp(-1), OnePercent));
+    QVERIFY(bench.isTrue("Status.voltageRampDown"));
+    QCOMPARE(bench.text("Status.runningState"), QStringLiteral("info"));
+    bench.advance(1000);
+    QVERIFY(!bench.isTrue("Status.ramping"));
+    QCOMPARE(bench.number("Status.voltageMeasure"), 0.0);
+    QCOMPARE(bench.text("Status.runningState"), QStringLiteral("off"));
 }
 
 void TestChannelRamps::rampEvents()

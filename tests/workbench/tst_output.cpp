@@ -228,6 +228,9 @@ void TestOutput::rampDownWaitsForTheLoad()
     QCOMPARE(output.output.regulation(), Output::Regulation::Draining);
     output.advanceTo(60); // the reference has arrived long since
     QVERIFY(output.output.isRamping());
+    output.output.setCurrentSet(0.002, 60); // of no concern
+    QVERIFY(output.output.isRamping());
+    QCOMPARE(output.output.regulation(), Output::Regulation::Draining);
     QVERIFY(std::abs(output.voltage() - 1000 * std::exp(-1)) < 1);
 }
 

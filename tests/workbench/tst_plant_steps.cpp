@@ -1,9 +1,14 @@
 #include "tests/workbench/channel_bench.h"
 #include "workbench/simulator/controller.h"
 #include "workbench/simulator/plant_journal.h"
+#include "workbench/simulator/simulated_service.h"
+#include "workbench/simulator/stepped_clock.h"
 
 #include <QtTest>
 
+#include <algorithm>
+#include <chrono>
+#include <memory>
 #include <random>
 #include <vector>
 
@@ -20,6 +25,7 @@ private Q_SLOTS:
     void anybodyMayLook();
     void entriesAreInTheOrderOfTheirTimes();
     void anotherSeedIsAnotherCourse();
+    void scheduledFaultsWithoutAnybodyLooking();
     void restCostsNothing();
 };
 
@@ -235,6 +241,51 @@ void TestPlantSteps::anotherSeedIsAnotherCourse()
     QVERIFY(journalOf(all, Duration, 7) != journalOf(all, Duration, 8));
 }
 
+void TestPlantSteps::scheduledFaultsWithoutAnybodyLooking()
+{
+    PlantLayout layout;
+    layout.controllers = {mixedController()};
+    const auto schedule = [&layout](double at, FaultKind kind, OrbItemId::Type level, double duration,
+                                    double amount) {
+        const bool isChannel = level == OrbItemId::Channel;
+        const ObjectAddress object{level, 0, level == OrbItemId::Crate ? 1000u : 3u, isChannel ? 0 : -1};
+        layout.faults.push_back({at, {kind, QStringLiteral("local"), object, duration, amount}});
+    };
+    schedule(20, FaultKind::Spark, OrbItemId::Channel, 0, 3);
+    schedule(30, FaultKind::Short, OrbItemId::Channel, 4, 0);
+    schedule(32, FaultKind::Leak, OrbItemId::Channel, 10, 0.003);
+    schedule(50, FaultKind::Overheating, OrbItemId::Module, 5, 0);
+    schedule(60, FaultKind::MainsFailure, OrbItemId::Crate, 5, 0);
+    const auto journalWithSteps = [&layout](int steps) {
+        const auto clock = std::make_shared<SteppedClock>();
+        SimulatedService service(clock, layout);
+        OrbItemId id(OrbItemId::Channel);
+        id.connectionName = QStringLiteral("local");
+        id.address = 3;
+        for (id.channel = 0; id.channel < 8; ++id.channel) {
+            id.itemName = QStringLiteral("Control.voltageSet");
+            service.writeItem(id, QStringLiteral("1500"));
+            id.itemName = QStringLiteral("Control.on");
+            service.writeItem(id, QStringLiteral("1"));
+        }
+        QStringList lines;
+        quint64 next = 0;
+        for (int step = 0; step < steps; ++step) {
+            clock->advance(std::chrono::nanoseconds(100000000000LL / steps));
+            const QVector<JournalEntry> entries = service.journal(next);
+            for (const JournalEntry &entry : entries)
+                lines << journalLine(entry);
+            next += quint64(entries.size());
+        }
+        return lines;
+    };
+    const QStringList inOneJump = journalWithSteps(1);
+    QVERIFY(inOneJump.size() > 100);
+    QCOMPARE(inOneJump.filter(QStringLiteral("fault begins")).size(), 5);
+    QCOMPARE(inOneJump.filter(QStringLiteral("fault ends")).size(), 5);
+    QCOMPARE(journalWithSteps(100000), inOneJump);
+}
+
 void TestPlantSteps::restCostsNothing()
 {
     PlantRun run;
@@ -250,5 +301,5 @@ void TestPlantSteps::restCostsNothing()
     QVERIFY(run.queue.isEmpty()); // on, and at rest
 }
 
-QTEST_APPLESS_MAIN(TestPlantSteps)
+QTEST_GUILESS_MAIN(TestPlantSteps)
 #include "tst_plant_steps.moc"

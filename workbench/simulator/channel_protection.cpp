@@ -197,12 +197,11 @@ void Channel::protect(double now)
         if (!on)
             return;
         const int inhibitAction = setting(Setting::ExternalInhibitAction, NoInhibitAction);
-        if ((live & LimitConditions) != 0 && environment().kill)
+        const bool isKilled = (live & LimitConditions) != 0 && environment().kill;
+        if (isKilled || (inhibited && inhibitAction == InhibitCutsOff))
             cutOff(now);
         else if (inhibited && inhibitAction == InhibitRampsDown)
             switchOff(now);
-        else if (inhibited && inhibitAction == InhibitCutsOff)
-            cutOff(now);
         else if (inhibited && inhibitAction == InhibitShutsModuleDown)
             host->shutDown(now);
         else

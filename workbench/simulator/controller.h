@@ -67,7 +67,7 @@ private:
 
     struct Line
     {
-        quint32 line;
+        quint32 line = 0;
         std::deque<Crate> crates;
         std::deque<Module> modules;
     };
