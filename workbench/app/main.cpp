@@ -92,7 +92,8 @@ int run(const workbench::Options &options, QTextStream &out, QTextStream &err)
     QString settingsDir = options.configDir;
     if (settingsDir.isEmpty() && !isUnattended)
         settingsDir = QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
-    workbench::MainWindow window(*library.plugin(), mainData, workbench::SettingsStore(settingsDir), &service);
+    workbench::MainWindow window(*library.plugin(), mainData, workbench::SettingsStore(settingsDir),
+                                 &service);
     window.show();
 
     workbench::Options taskOptions = options;

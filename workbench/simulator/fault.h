@@ -40,9 +40,8 @@ struct Fault
     FaultKind kind = FaultKind::Spark;
     QString controller; ///< connection name or display text
     ObjectAddress object; ///< of the level that the kind is for; ignored for a controller's
-    double duration =
-        0; ///< s until it is over by itself; 0: until it is mended. A spark and what counts answers is
-        ///< over by itself anyway
+    /// s until it is over by itself; 0: until it is mended. A spark and what counts answers is over by itself anyway.
+    double duration = 0;
     double amount = 0; ///< what the kind says
 };
 

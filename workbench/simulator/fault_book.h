@@ -40,8 +40,8 @@ public:
 private:
     struct Turn
     {
-        double at;
-        bool begins;
+        double at = 0;
+        bool begins = false;
         Fault fault;
     };
 

@@ -43,7 +43,7 @@ template <class Reader>
 bool readDocument(const QByteArray &text, const QString &shownFileName, PlantObjectKind kind, QString &error,
                   Reader read)
 {
-    QJsonParseError syntax;
+    QJsonParseError syntax{};
     const QJsonDocument document = QJsonDocument::fromJson(text, &syntax);
     if (syntax.error != QJsonParseError::NoError) {
         const TextPlace place = PlantFilePlaces::placeOf(text, syntax.offset);
