@@ -58,6 +58,7 @@ private Q_SLOTS:
         ChannelRecord record = channel();
         record.add(sampleAt(1, 500));
         record.add(sampleAt(1, 0));
+        record.add(sampleAt(1, 0)); // is there already
         QCOMPARE(record.samples().size(), std::size_t(2));
     }
 

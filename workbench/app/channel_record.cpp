@@ -30,7 +30,9 @@ QString ChannelRecord::name() const
 void ChannelRecord::add(const ChannelSample &sample)
 {
     const std::size_t size = kept.size();
-    if (size > 0 && sample.time < kept.back().time)
+    if (size > 0
+        && (sample.time < kept.back().time
+            || (sample.time == kept.back().time && hasSameValues(kept.back(), sample))))
         return;
     if (size > 1 && hasSameValues(kept[size - 1], sample) && hasSameValues(kept[size - 2], sample)) {
         kept.back().time = sample.time;

@@ -24,7 +24,7 @@ struct MarkRow
 constexpr MarkRow MarkRows[] = {
     {"currentTrip", ChannelMark::Trip, QT_TRANSLATE_NOOP("workbench", "trip")},
     {"emergency", ChannelMark::Trip, QT_TRANSLATE_NOOP("workbench", "emergency off")},
-    {"externalInhibitActive", ChannelMark::Trip, QT_TRANSLATE_NOOP("workbench", "inhibit")},
+    {"externalInhibitActive", ChannelMark::Warning, QT_TRANSLATE_NOOP("workbench", "inhibit")},
     {"voltageLimitExceeded", ChannelMark::Warning, QT_TRANSLATE_NOOP("workbench", "voltage limit")},
     {"currentLimitExceeded", ChannelMark::Warning, QT_TRANSLATE_NOOP("workbench", "current limit")},
     {"voltageBoundExceeded", ChannelMark::Warning, QT_TRANSLATE_NOOP("workbench", "voltage bounds")},
