@@ -377,16 +377,18 @@ mkdir -p "${workbench%/*}"
 
 # workbench BODY: a workbench on which `file` is what it was told to run, `picture` where to save one.
 workbench() {
-    printf '#!/bin/bash\nall="${*##*/}"; all=${all#*quit-when-done }\nwhile (($# > 0)); do case $1 in --screenshot) picture=$2 ;; --run-*-file) file=$2 ;; esac; shift; done\n%s\n' \
+    printf '#!/bin/bash\nall="${*##*/}"; all=${all#*quit-when-done }\nwhile (($# > 0)); do case $1 in --screenshot) picture=$2 ;; --run-*-file) file=$2 ;; rehearse) files="${2##*/} ${3##*/}" ;; --report) report=$2 ;; esac; shift; done\n%s\n' \
         "$1" >"$workbench"
     chmod +x "$workbench"
 }
 
 begin_with_packages "no display, and all is well"
 fake cmake 'exit 0'
-workbench 'echo "transcript of ${file##*/} on $QT_QPA_PLATFORM"; echo x >"$picture"'
+workbench 'echo "transcript of ${file##*/} on $QT_QPA_PLATFORM"; [[ -n $files ]] && echo "rehearsal of $files: $report" || echo x >"$picture"'
 run run
 returns 0
+says "rehearsal of ramp_up.txt ramp_channel.py: $scratch/tree/build/rehearsal"
+says "The report is $scratch/tree/build/rehearsal/report.html"
 says "transcript of ramp_up.txt on offscreen"
 says "The window's picture is $scratch/tree/build/workbench.png"
 says "transcript of ramp_channel.py on offscreen"
@@ -399,6 +401,23 @@ run run --controller bench --latency 9
 returns 0
 says "ramp_up.txt: --controller bench --latency 9"
 says "ramp_channel.py: --latency 9"
+says_not "rehearsal"
+
+begin_with_packages "no display, and a failure in the rehearsal"
+fake cmake 'exit 0'
+workbench '[[ -z $files ]] || exit 1; echo x >"$picture"'
+run run
+returns 1
+says "FAILED: Rehearsing ramp_up.txt ramp_channel.py"
+says_not "The report is"
+
+begin_with_packages "no display, and a rehearsal of other files"
+fake cmake 'exit 0'
+workbench 'echo "rehearsal of $files"'
+run run rehearse one.txt two.py
+returns 0
+says "rehearsal of one.txt two.py"
+says_not "ramp"
 
 begin_with_packages "no display, and the Python terminal fails"
 fake cmake 'exit 0'
