@@ -134,6 +134,15 @@ private Q_SLOTS:
         QCOMPARE(channel().current.value, 900e-6);
     }
 
+    void aFlatCoursePeaksWhereItBegins()
+    {
+        touch();
+        at(3, 0, 0);
+        at(4, 0, 0);
+        QCOMPARE(channel().voltage.time, 3.0);
+        QCOMPARE(channel().current.time, 3.0);
+    }
+
     void findsANegativePeak()
     {
         touch();
@@ -213,6 +222,30 @@ private Q_SLOTS:
         QCOMPARE(channel().ramps.at(0).from, 0.0);
         QCOMPARE(channel().ramps.at(0).to, 1000.0);
         QCOMPARE(channel().endState, QStringLiteral("on"));
+    }
+
+    // The first that is heard of a channel is that it was switched on, when it ramps already.
+    void measuresTheRampOfWhatIsTouchedByIt()
+    {
+        now.voltage = 20;
+        now.status = Ramping;
+        touch();
+        waypoint(1.02, 0, 0);
+        at(1.05, 30, Ramping);
+        at(2, 1000, On);
+        QCOMPARE(channel().ramps.size(), std::size_t{1});
+        QCOMPARE(channel().ramps.at(0).begin, 1.02);
+        QCOMPARE(channel().ramps.at(0).from, 0.0);
+        QCOMPARE(channel().trace.points().front().time, 1.02);
+    }
+
+    void tellsALimitThatIsCrossedFromTheBeginning()
+    {
+        limit("*.voltage<=800 V");
+        touch();
+        at(5, 900, On);
+        QCOMPARE(failures.size(), 1);
+        QCOMPARE(failures.constFirst().time, 5.0);
     }
 
     void measuresARampFromLooksAlone()

@@ -2,9 +2,11 @@
 
 #include "tests/rehearsal/example_recording.h"
 
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QSet>
 #include <QTest>
 
 using rehearsal::Recording;
@@ -24,6 +26,19 @@ QJsonObject read(const Recording &recording)
 QJsonValue at(const QJsonObject &object, const char *list, int index)
 {
     return object.value(QLatin1String(list)).toArray().at(index);
+}
+
+/// The names of all fields, however deep.
+void collectNames(const QJsonValue &value, QSet<QString> &names)
+{
+    const QJsonArray array = value.toArray();
+    for (const QJsonValue &element : array)
+        collectNames(element, names);
+    const QJsonObject object = value.toObject();
+    for (auto field = object.begin(); field != object.end(); ++field) {
+        names.insert(field.key());
+        collectNames(field.value(), names);
+    }
 }
 
 } // namespace
@@ -88,6 +103,18 @@ private Q_SLOTS:
         QVERIFY(at(report, "warnings", 0)[QLatin1String("time")].isNull());
         QCOMPARE(at(report, "events", 0)[QLatin1String("place")].toString(), QStringLiteral("local/0.2.1"));
         QCOMPARE(at(report, "transcript", 2)[QLatin1String("kind")].toString(), QStringLiteral("error"));
+    }
+
+    void everyFieldIsDocumented()
+    {
+        QFile guide(QStringLiteral(GUIDE));
+        QVERIFY(guide.open(QIODevice::ReadOnly));
+        const QString text = QString::fromUtf8(guide.readAll()).section(QStringLiteral("## The report"), 1);
+        QSet<QString> names;
+        collectNames(read(exampleRecording()), names);
+        QVERIFY(names.size() > 40);
+        for (const QString &name : std::as_const(names))
+            QVERIFY2(text.contains(QStringLiteral("`%1`").arg(name)), qPrintable(name));
     }
 
     void anEmptyRecording()

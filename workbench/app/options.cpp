@@ -80,7 +80,8 @@ OptionsResult parseOptions(const QStringList &arguments, Options &options, QStri
     QCommandLineParser parser;
     parser.setApplicationDescription(
         tr("Runs the terminals of the tarnControl console against a simulated high-voltage system. "
-           "Nothing here reaches hardware."));
+           "Nothing here reaches hardware.\n\n"
+           "\"terminal-workbench rehearse --help\" tells how to rehearse files, and get a report of it."));
     const QString file = tr("file");
     const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")}, tr("Show this help."));
     const QCommandLineOption version({QStringLiteral("v"), QStringLiteral("version")},

@@ -20,6 +20,7 @@ constexpr double Width = 1000; // of the drawing, which is stretched to the page
 constexpr double Height = 240;
 constexpr int TimeTicks = 8;
 constexpr int ValueTicks = 4;
+constexpr double HeadRoom = 1.04;
 constexpr double FarLimit = 2.5; // times the peak: a limit beyond would make the picture flat
 
 QString tr(const char *text)
@@ -124,6 +125,9 @@ private:
             most = std::max({most, value, quantity == Quantity::Voltage ? point.voltageSet : 0});
         }
         const double size = std::max(-least, most);
+        // A line along the edge would be taken for the edge.
+        least *= HeadRoom;
+        most *= HeadRoom;
         for (const Level &level : levels) {
             if (size > 0 && std::abs(level.value) > FarLimit * size)
                 continue;

@@ -79,10 +79,12 @@ int ChannelWatch::touch(const QString &controller, const simulator::ObjectAddres
         if (recording.limits.at(i).holdsFor(controller, record.controllerText, address))
             record.limits.append(i);
     }
+    record.voltageLimit = snapshot.voltageLimit;
+    record.currentLimit = snapshot.currentLimit;
     recording.channels.push_back(std::move(record));
     states.emplace_back();
     indices.insert(name, static_cast<int>(index));
-    look(index);
+    // It is looked at when the journal has told what it did until now.
     return static_cast<int>(index);
 }
 
@@ -169,8 +171,9 @@ void ChannelWatch::look(std::size_t index)
         : isOn                  ? QStringLiteral("on")
                                 : QStringLiteral("off");
     const TracePoint point{snapshot.time, snapshot.voltage, snapshot.current, state.voltageSet};
-    const bool isNew = point.voltage != state.last.voltage || point.current != state.last.current
-        || isRamping != state.isRamping || state.hasWaypoint || point.voltageSet != state.last.voltageSet;
+    const bool isNew = !state.hasPoint || point.voltage != state.last.voltage
+        || point.current != state.last.current || isRamping != state.isRamping || state.hasWaypoint
+        || point.voltageSet != state.last.voltageSet;
     state.restingLooks = isNew ? 0 : state.restingLooks + 1;
     followRamp(index, point, isRamping);
     add(index, point);
@@ -181,11 +184,16 @@ void ChannelWatch::look(std::size_t index)
 void ChannelWatch::add(std::size_t index, const TracePoint &point)
 {
     ChannelRecord &record = recording.channels[index];
+    if (!states[index].hasPoint) {
+        record.voltage = {point.voltage, point.time};
+        record.current = {point.current, point.time};
+    }
     raise(record.voltage, point.voltage, point.time);
     raise(record.current, point.current, point.time);
     checkLimits(index, point);
     record.trace.add(point);
     states[index].last = point;
+    states[index].hasPoint = true;
 }
 
 void ChannelWatch::checkLimits(std::size_t index, const TracePoint &point)
@@ -202,7 +210,7 @@ void ChannelWatch::checkLimits(std::size_t index, const TracePoint &point)
         // The straight line from the last point tells when, closer than the time from look to look.
         const double before = std::abs(valueOf(state.last, limit.quantity));
         double time = point.time;
-        if (before < limit.value && state.last.time < point.time)
+        if (state.hasPoint && before < limit.value && state.last.time < point.time)
             time -=
                 (point.time - state.last.time) * (std::abs(value) - limit.value) / (std::abs(value) - before);
         ChannelRecord &record = recording.channels[index];

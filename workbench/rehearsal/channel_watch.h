@@ -50,6 +50,7 @@ private:
     struct State
     {
         TracePoint last;
+        bool hasPoint = false; ///< the last one is one
         double voltageSet = 0; ///< V, as it is drawn
         bool isRamping = false;
         double courseSince = NoTime; ///< s; the first waypoint since the last look
