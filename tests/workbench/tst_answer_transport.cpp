@@ -40,6 +40,7 @@ private Q_SLOTS:
     void refusedFaults();
     void mendsWhatWasCaused_data();
     void mendsWhatWasCaused();
+    void messagesToScripts();
     void comesBackWithoutAnybodyLooking();
     void equalRunsGiveEqualJournals();
 
@@ -384,6 +385,41 @@ void TestAnswerTransport::mendsWhatWasCaused()
     stepTo(101);
     QCOMPARE(requestsOf(JournalEntry::Answer), QVector<int>{1});
     QVERIFY(isAbout(entries(JournalEntry::Answer).at(0).delay, Latency));
+}
+
+void TestAnswerTransport::messagesToScripts()
+{
+    const auto message = [](double at, double every, const QString &controller, const char *item) {
+        ScheduledMessage result;
+        result.at = at;
+        result.every = every;
+        result.controller = controller;
+        result.request.commandType = OrbRequestItem::GetItem;
+        result.request.itemName = QString::fromLatin1(item);
+        return result;
+    };
+    PlantLayout layout = layoutWithLatency();
+    layout.messages = {message(5, 0, Local, "five"), message(2, 0, Local, "two"),
+                       message(4, 3, Local, "again"), message(4.5, 0, Bench, "bench")};
+    start(layout);
+    const auto taken = [this] {
+        QVector<OrbRequestItem> requests;
+        service->takePassThroughMessages(Local, requests);
+        QStringList items;
+        for (const OrbRequestItem &request : std::as_const(requests))
+            items << request.itemName;
+        return items;
+    };
+    stepTo(3); // "two" finds no script
+    QCOMPARE(service->activatePassThrough(Local, QStringLiteral("echo")), TarnResult::Success);
+    stepTo(3.99);
+    QCOMPARE(taken(), QStringList());
+    stepTo(4.01);
+    QCOMPARE(taken(), QStringList{QStringLiteral("again")});
+    stepTo(10.5);
+    QCOMPARE(taken(),
+             (QStringList{QStringLiteral("five"), QStringLiteral("again"), QStringLiteral("again")}));
+    QCOMPARE(entries(JournalEntry::PassThroughIn).size(), 4);
 }
 
 void TestAnswerTransport::comesBackWithoutAnybodyLooking()

@@ -2,6 +2,7 @@
 
 #include "workbench/simulator/answer_transport.h"
 #include "workbench/simulator/fault_book.h"
+#include "workbench/simulator/pass_through_text.h"
 #include "workbench/simulator/plant_file_faults.h"
 
 #include <QTemporaryDir>
@@ -27,6 +28,7 @@ private Q_SLOTS:
     void localController_data();
     void localController();
     void faults();
+    void messages();
     void faultAmounts_data();
     void faultAmounts();
     void faultFile();
@@ -247,6 +249,25 @@ void TestPlantFile::faults()
     QCOMPARE(plant.faults.at(1).fault.duration, 0.5);
     QVERIFY(plant.faults.at(2).fault.object == (ObjectAddress{OrbItemId::Module, 0, 0, -1}));
     QVERIFY(plant.faults.at(3).fault.object == (ObjectAddress{OrbItemId::Crate, 0, 1000, -1}));
+}
+
+void TestPlantFile::messages()
+{
+    const PlantLayout plant = parsed(
+        R"({"controllers": [{"name": "a"}, {"name": "b"}],
+            "messages": [{"at": "5 s", "object": "0.3", "item": "Status.runningState"},
+                         {"at": 1, "every": "500 ms", "controller": "b", "command": "setItem", "object": "2.3.7",
+                          "item": "Own.item", "value": "100", "unit": "V"}]})");
+    QCOMPARE(plant.messages.size(), std::size_t(2));
+    const ScheduledMessage &first = plant.messages.at(0);
+    QCOMPARE(first.at, 5.0);
+    QCOMPARE(first.every, 0.0);
+    QCOMPARE(first.controller, QStringLiteral("a"));
+    QCOMPARE(passThroughText(first.request), QStringLiteral("getItem 0.3 Status.runningState"));
+    const ScheduledMessage &second = plant.messages.at(1);
+    QCOMPARE(second.every, 0.5);
+    QCOMPARE(second.controller, QStringLiteral("b"));
+    QCOMPARE(passThroughText(second.request), QStringLiteral("setItem 2.3.7 Own.item 100 V"));
 }
 
 void TestPlantFile::faultAmounts_data()

@@ -148,6 +148,21 @@ void TestPlantFileErrors::refused_data()
     row("too many channels", withModule(R"({"count": 201, "channels": 1000, "voltage": 1, "current": 1})"),
         "p.json:2:28: with this module the plant has more than 200000 channels");
 
+    row("message without an item",
+        "{\"controllers\": [{\"name\": \"a\"}], \"messages\": [\n{\"at\": 1, \"object\": \"0.3\"}]}",
+        "p.json:2:1: a message needs \"item\": a text that is not empty");
+    row("message to nothing",
+        "{\"controllers\": [{\"name\": \"a\"}], \"messages\": [\n{\"at\": 1, \"item\": \"i\", \"object\": "
+        "\"3\"}]}",
+        "p.json:2:34: \"object\" of a message is \"3\"; allowed is line.address or line.address.channel, "
+        "such as "
+        "\"0.3.7\"");
+    row("message of no controller",
+        "{\"controllers\": [{\"name\": \"a\"}], \"messages\": [\n{\"at\": 1, \"item\": \"i\", \"object\": "
+        "\"0.3\", "
+        "\"controller\": \"x\"}]}",
+        "p.json:2:55: there is no controller \"x\"");
+
     row("no such fault", withFault(R"({"at": 1, "fault": "flood"})"),
         "p.json:3:20: there is no fault \"flood\"; there are: spark, short, openLoad, leak, externalInhibit, "
         "safetyLoopOpen, supplyFailure, overheating, needService, mainsFailure, crateSupplyFailure, "

@@ -77,7 +77,7 @@ private Q_SLOTS:
         QVERIFY2(
             outcome.err.contains(plant.fileName()
                                  + QStringLiteral(":2:2: a plant has no field \"controller\"; it has: seed, "
-                                                  "controllers, faults\n")),
+                                                  "controllers, faults, messages\n")),
             qPrintable(outcome.err));
         QVERIFY(outcome.out.isEmpty());
     }

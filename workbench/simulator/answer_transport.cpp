@@ -40,6 +40,8 @@ AnswerTransport::AnswerTransport(ConnectionTable &connectionTable, PlantJournal 
 {
     for (const ControllerLayout &controller : layout.controllers)
         paths.emplace_back(controller, chance::mixed(layout.seed, paths.size()));
+    for (const ScheduledMessage &message : layout.messages)
+        addMessage(message);
     for (const ScheduledFault &scheduled : layout.faults) {
         if (faultLevel(scheduled.fault.kind) == OrbItemId::System)
             addTurn({scheduled.at, true, scheduled.fault});
@@ -69,7 +71,9 @@ void AnswerTransport::comeTo(double now)
 {
     const RealTime::time_point realNow = RealTime::now();
     for (;;) {
-        double next = turns.empty() ? Never : turns.front().at;
+        const double nextTurn = turns.empty() ? Never : turns.front().at;
+        const double nextMessage = messages.empty() ? Never : messages.front().at;
+        double next = std::min(nextTurn, nextMessage);
         std::size_t nextPath = paths.size();
         for (std::size_t i = 0; i < paths.size(); ++i) {
             const double due = paths[i].nextDue(now, realNow);
@@ -85,10 +89,17 @@ void AnswerTransport::comeTo(double now)
         if (nextPath < paths.size()) {
             const PendingRequest request = paths[nextPath].takeNext();
             carryOut(request, *table.controllers()[nextPath], paths[nextPath], time);
-        } else {
+        } else if (nextTurn <= nextMessage) {
             const Turn what = turns.front();
             turns.erase(turns.begin());
             turn(what, time);
+        } else {
+            ScheduledMessage message = messages.front();
+            messages.erase(messages.begin());
+            handOver(message);
+            message.at += message.every;
+            if (message.every > 0)
+                addMessage(message);
         }
     }
     time = std::max(time, now);
@@ -101,6 +112,8 @@ AnswerTransport::RealTime::time_point AnswerTransport::nextLook(double now) cons
     RealTime::time_point next = RealTime::time_point::max();
     if (!turns.empty())
         next = AnswerPath::lookAfter(turns.front().at - now, realNow);
+    if (!messages.empty())
+        next = std::min(next, AnswerPath::lookAfter(messages.front().at - now, realNow));
     for (const AnswerPath &path : paths)
         next = std::min(next, path.nextLook(now, realNow));
     return next;
@@ -342,6 +355,17 @@ void AnswerTransport::turn(const Turn &what, double now)
         begin(what.fault, *controller, now);
 }
 
+void AnswerTransport::handOver(const ScheduledMessage &message)
+{
+    const Controller *const controller = table.controller(message.controller);
+    const QVector<QPair<QString, QString>> usable = table.usable();
+    for (const QPair<QString, QString> &name : usable) {
+        Connection *const connection = table.find(name.first);
+        if (connection->controller == controller)
+            connection->passThrough.inject(message.request); // refused where no script waits for it
+    }
+}
+
 void AnswerTransport::forgetEnd(FaultKind kind, const QString &controller)
 {
     const auto isMeant = [kind, &controller](const Turn &what) {
@@ -355,6 +379,14 @@ void AnswerTransport::addTurn(const Turn &what)
     const auto later = std::upper_bound(turns.begin(), turns.end(), what,
                                         [](const Turn &a, const Turn &b) { return a.at < b.at; });
     turns.insert(later, what);
+}
+
+void AnswerTransport::addMessage(const ScheduledMessage &message)
+{
+    const auto later =
+        std::upper_bound(messages.begin(), messages.end(), message,
+                         [](const ScheduledMessage &a, const ScheduledMessage &b) { return a.at < b.at; });
+    messages.insert(later, message);
 }
 
 void AnswerTransport::enter(JournalEntry::Kind kind, const Controller &controller, const QString &text,

@@ -15,7 +15,7 @@ namespace simulator
 {
 
 /// Raw requests on their way to the controllers, their answers on the way back, and what goes wrong between: the faults
-/// of the controllers' level, by schedule or by hand. Everything happens at its own time on the plant's clock, in order,
+/// of the controllers' level, by schedule or by hand. Also what controllers hand to scripts, by schedule. Everything happens at its own time on the plant's clock, in order,
 /// whenever somebody lets it come to a time; what the listener has to be told about it is kept until it is taken. Times
 /// are in s on the plant's clock. Not locked; the service does that.
 class AnswerTransport
@@ -74,8 +74,10 @@ private:
     void begin(const Fault &fault, Controller &controller, double now);
     bool end(FaultKind kind, Controller &controller, double now);
     void turn(const Turn &what, double now);
+    void handOver(const ScheduledMessage &message);
     void forgetEnd(FaultKind kind, const QString &controller);
     void addTurn(const Turn &what);
+    void addMessage(const ScheduledMessage &message);
     void enter(JournalEntry::Kind kind, const Controller &controller, const QString &text, double now);
     void notifyStructureChanged();
 
@@ -85,6 +87,7 @@ private:
     const std::function<void(double)> letPlantRun;
     std::vector<AnswerPath> paths; // in the order of the table's controllers
     std::vector<Turn> turns; // by time
+    std::vector<ScheduledMessage> messages; // by time
     std::vector<AnswerNotice> notices;
     quint64 lastRequest = 0;
     double time = 0;

@@ -79,6 +79,8 @@ bool PlantFile::parse(const QByteArray &text, const QString &shownFileName, Plan
                           PlantFileReader(result).read(plant);
                           if (plant.errors().isEmpty())
                               readPlantFaults(plant, result);
+                          if (plant.errors().isEmpty())
+                              readPlantMessages(plant, result);
                       }))
         return false;
     layout = std::move(result);

@@ -168,6 +168,16 @@ void readAmount(const PlantFileObject &source, Fault &fault)
                           .arg(kind, QString::number(fault.amount, 'g', 9), faultAmountText(fault.kind)));
 }
 
+// Refuses it and gives null when there is none of that name.
+const ControllerLayout *controllerOf(const PlantFileObject &source, const PlantLayout &layout)
+{
+    const ControllerLayout *const controller = findController(layout, source.text("controller"));
+    if (controller == nullptr)
+        source.refuse("controller",
+                      QStringLiteral("there is no controller %1").arg(quoted(source.text("controller"))));
+    return controller;
+}
+
 } // namespace
 
 void readPlantFaults(const PlantFileObject &plant, PlantLayout &layout)
@@ -186,16 +196,45 @@ void readPlantFaults(const PlantFileObject &plant, PlantLayout &layout)
                               .arg(quoted(source.text("fault")), allFaultNames()));
             return;
         }
-        const ControllerLayout *const controller = findController(layout, source.text("controller"));
-        if (controller == nullptr) {
-            source.refuse("controller",
-                          QStringLiteral("there is no controller %1").arg(quoted(source.text("controller"))));
+        const ControllerLayout *const controller = controllerOf(source, layout);
+        if (controller == nullptr)
             return;
-        }
         fault.controller = controller->connectionName;
         readObject(source, *controller, fault);
         readAmount(source, fault);
         layout.faults.push_back(scheduled);
+    }
+}
+
+void readPlantMessages(const PlantFileObject &plant, PlantLayout &layout)
+{
+    const std::vector<PlantFileObject> sources = plant.objects("messages");
+    for (const PlantFileObject &source : sources) {
+        const ControllerLayout *const controller = controllerOf(source, layout);
+        if (controller == nullptr)
+            return;
+        ScheduledMessage message;
+        message.at = source.number("at");
+        message.every = source.number("every");
+        message.controller = controller->connectionName;
+        OrbRequestItem &request = message.request;
+        request.commandType = source.text("command") == QLatin1String("setItem") ? OrbRequestItem::SetItem
+                                                                                 : OrbRequestItem::GetItem;
+        ObjectAddress object;
+        const QString place = source.text("object");
+        if (!parseAddress(place, {OrbItemId::Channel, "object", 3}, object)
+            && !parseAddress(place, {OrbItemId::Module, "object", 2}, object))
+            source.refuse("object",
+                          QStringLiteral("\"object\" of a message is %1; allowed is line.address or "
+                                         "line.address.channel, such as \"0.3.7\"")
+                              .arg(quoted(place)));
+        request.line = object.line;
+        request.address = object.address;
+        request.channel = object.channel;
+        request.itemName = source.text("item");
+        request.value = source.text("value");
+        request.unit = source.text("unit");
+        layout.messages.push_back(message);
     }
 }
 

@@ -11,6 +11,9 @@ class PlantFileObject;
 /// What is wrong goes to the object's errors.
 void readPlantFaults(const PlantFileObject &plant, PlantLayout &layout);
 
+/// The same for its "messages".
+void readPlantMessages(const PlantFileObject &plant, PlantLayout &layout);
+
 /// What a fault's amount may be. Plain data.
 struct FaultAmount
 {

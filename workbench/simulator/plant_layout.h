@@ -1,5 +1,6 @@
 #pragma once
 
+#include "hostclient/orb_request_item.h"
 #include "workbench/simulator/fault.h"
 
 #include <QString>
@@ -80,12 +81,22 @@ struct ControllerLayout
     std::vector<LineLayout> lines;
 };
 
+/// A message that is handed to the scripts that have activated the pass-through of a controller by then. Plain data.
+struct ScheduledMessage
+{
+    double at = 0; ///< s on the plant's clock, 0 or more
+    double every = 0; ///< s after which it comes again; 0 for once
+    QString controller; ///< connection name or display text
+    OrbRequestItem request;
+};
+
 /// Everything that is simulated. Plain data; the first controller answers for addresses that nobody has.
 struct PlantLayout
 {
     std::vector<ControllerLayout> controllers;
     quint32 seed = 1; ///< of noise, sparks and jitter
     std::vector<ScheduledFault> faults;
+    std::vector<ScheduledMessage> messages;
 
     /// Two controllers:
     /// "local", shown as "Rehearsal controller", is the local service at 127.0.0.1:8080. On its line 0 is the crate

@@ -209,6 +209,7 @@ QString plantReference()
           PlantObjectKind::Fault})
         text += section(kind);
     text += faultTable();
+    text += section(PlantObjectKind::Message);
     text += section(PlantObjectKind::FaultFile);
     return text;
 }

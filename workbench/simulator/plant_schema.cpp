@@ -117,6 +117,7 @@ constexpr PlantField Fields[] = {
     plain(Owner::Plant, "controllers", Kind::Objects, true, "", "", Owner::Controller,
           "At least one. The first answers for addresses that no controller has"),
     objects(Owner::Plant, "faults", Kind::Objects, Owner::Fault, "What goes wrong by itself, and when"),
+    objects(Owner::Plant, "messages", Kind::Objects, Owner::Message, "What is handed to scripts that have activated the pass-through, and when"),
 
     neededText(Owner::Controller, "name", "The name of its connection, unlike that of any other controller"),
     text(Owner::Controller, "text", "the name", "How the controller is shown, unlike any other"),
@@ -185,6 +186,15 @@ constexpr PlantField Fields[] = {
     numberOr(Owner::Fault, "duration", "s", from(0, 1e9), 0, "until somebody mends it", "After which it is over by itself"),
     numberOr(Owner::Fault, "amount", "", from(0, 1e6), 0, "as the fault says", "How much of it: as the fault says"),
 
+    neededNumber(Owner::Message, "at", "s", from(0, 1e9), "When, counted from the start of the plant"),
+    numberOr(Owner::Message, "every", "s", from(0.001, 1e9), 0, "once", "After which it comes again, and again"),
+    text(Owner::Message, "controller", "the first", "Name or text of the controller that hands it over"),
+    choice(Owner::Message, "command", "getItem|setItem", "What the script is asked to do"),
+    neededText(Owner::Message, "object", "`line.address` of a crate or module, or `line.address.channel`, which need not exist"),
+    neededText(Owner::Message, "item", "The name of the item, which may be one of the script's own"),
+    text(Owner::Message, "value", "", "The value to set"),
+    text(Owner::Message, "unit", "", "The unit of the value"),
+
     plain(Owner::FaultFile, "faults", Kind::Objects, true, "", "", Owner::Fault, "As in a plant"),
 };
 // clang-format on
@@ -228,6 +238,9 @@ constexpr KindWords Kinds[] = {
      "Something that goes wrong by itself. It is said to be of a crate, a module or a channel by the field "
      "of that "
      "name; a fault of a controller needs none of them."},
+    {Owner::Message, "message",
+     "A request that the controller hands to the scripts that have activated its pass-through; nobody gets "
+     "it later."},
     {Owner::FaultFile, "fault file", "A file of faults alone, for a plant that has none, or others."},
 };
 

@@ -18,6 +18,7 @@ enum class PlantObjectKind : quint8
     Measurement,
     Load,
     Fault,
+    Message,
     FaultFile, ///< the outermost object of a file of faults alone
 };
 
