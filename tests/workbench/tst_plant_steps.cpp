@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <memory>
 #include <random>
 #include <vector>
@@ -23,6 +24,8 @@ private Q_SLOTS:
     void oneJumpIsAMillionSteps();
     void anybodyMayLook_data();
     void anybodyMayLook();
+    void anyLoad_data();
+    void anyLoad();
     void entriesAreInTheOrderOfTheirTimes();
     void anotherSeedIsAnotherCourse();
     void scheduledFaultsWithoutAnybodyLooking();
@@ -56,15 +59,44 @@ LoadLayout loadOf(double ohm, double farad, double leakage, double drift, double
     return load;
 }
 
-ControllerLayout mixedController()
+using Loads = std::vector<LoadLayout>;
+
+Loads mixedLoads()
 {
-    ModuleLayout module = moduleOf({}, 0);
-    module.measurement.voltageNoise = 0.5;
-    module.loads = {
+    return {
         loadOf(1e6, 0, 0, 0, 0),          loadOf(1e6, 2e-6, 0, 0, 0),       loadOf(NoLoad, 5e-6, 1e-6, 0, 0),
         loadOf(NoLoad, 0, 1e-6, 2e-6, 0), loadOf(4e5, 1e-7, 1e-5, 1e-6, 7), loadOf(2e6, 0, 0, 0, 3),
         loadOf(6e5, 1e-9, 0, 5e-6, 0),    loadOf(NoLoad, 3e-8, 0, 0, 11),
     };
+}
+
+/// Eight of any size.
+Loads anyLoads(unsigned seed)
+{
+    std::mt19937 random(seed);
+    const auto magnitude = [&random](double least, double most) {
+        return std::pow(10.0, std::uniform_real_distribution<double>(least, most)(random));
+    };
+    const auto maybe = [&random](double value) { return random() % 2 == 0 ? value : 0; };
+    Loads result;
+    for (int i = 0; i < 8; ++i) {
+        const double ohm = magnitude(3, 9);
+        const double farad = magnitude(-12, -4);
+        const double leakage = magnitude(-9, -2);
+        const double drift = magnitude(-9, -4);
+        const double interval = magnitude(-1, 2);
+        result.push_back(loadOf(random() % 4 == 0 ? NoLoad : ohm, maybe(farad), maybe(leakage), maybe(drift),
+                                maybe(maybe(interval))));
+    }
+    return result;
+}
+
+ControllerLayout controllerWith(const Loads &loads)
+{
+    ModuleLayout module = moduleOf({}, 0);
+    module.measurement.voltageNoise = 0.5;
+    module.measurement.voltageOffset = 3; // above the limit when it is at it
+    module.loads = loads;
     CrateLayout crate;
     crate.address = 1000;
     crate.modules = {module, module};
@@ -146,10 +178,11 @@ Deeds deeds(unsigned seed, int count)
 }
 
 /// Carries out the deeds and looks in between, `step` apart; the journal's lines.
-QStringList journalOf(const Deeds &all, double step, quint32 seed = 1, bool readsToo = false)
+QStringList journalOf(const Deeds &all, double step, quint32 seed = 1, bool readsToo = false,
+                      const Loads &loads = mixedLoads())
 {
     PlantRun run(seed);
-    Controller controller(mixedController(), run);
+    Controller controller(controllerWith(loads), run);
     const ConnectionView view{QStringLiteral("local"), QString(), QString(), 1};
     const ItemDefinition &measured = *channelItems().find(QStringLiteral("Status.voltageMeasure"));
     std::mt19937 random(4711);
@@ -223,6 +256,25 @@ void TestPlantSteps::anybodyMayLook()
     QCOMPARE(journalOf(all, 3.7, 1, true), undisturbed);
 }
 
+void TestPlantSteps::anyLoad_data()
+{
+    QTest::addColumn<unsigned>("seed");
+    for (unsigned seed = 1; seed <= 40; ++seed)
+        QTest::addRow("loads %u", seed) << seed;
+}
+
+void TestPlantSteps::anyLoad()
+{
+    QFETCH(unsigned, seed);
+    const Loads loads = anyLoads(seed);
+    const Deeds all = deeds(seed, 300);
+    const QStringList undisturbed = journalOf(all, Duration, seed, false, loads);
+    QVERIFY(undisturbed.size() > 200);
+    QVERIFY2(undisturbed.size() < 20000, qPrintable(QString::number(undisturbed.size())));
+    QCOMPARE(undisturbed.filter(QStringLiteral("nan")), QStringList());
+    QCOMPARE(journalOf(all, 0.173, seed, true, loads), undisturbed);
+}
+
 void TestPlantSteps::entriesAreInTheOrderOfTheirTimes()
 {
     const QStringList lines = journalOf(deeds(5, 400), Duration);
@@ -244,7 +296,7 @@ void TestPlantSteps::anotherSeedIsAnotherCourse()
 void TestPlantSteps::scheduledFaultsWithoutAnybodyLooking()
 {
     PlantLayout layout;
-    layout.controllers = {mixedController()};
+    layout.controllers = {controllerWith(mixedLoads())};
     const auto schedule = [&layout](double at, FaultKind kind, OrbItemId::Type level, double duration,
                                     double amount) {
         const bool isChannel = level == OrbItemId::Channel;
