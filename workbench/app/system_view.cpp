@@ -102,7 +102,10 @@ SystemView::SystemView(SystemModel &model, QWidget *parent) : QTreeView(parent),
     connect(&interval, &QTimer::timeout, this, &SystemView::refreshVisible);
     soon.setSingleShot(true);
     soon.setInterval(0);
-    connect(&soon, &QTimer::timeout, this, &SystemView::refreshVisible);
+    connect(&soon, &QTimer::timeout, this, [this] {
+        if (isVisible())
+            refreshVisible();
+    });
     const auto refreshSoon = [this] { soon.start(); };
     connect(this, &QTreeView::expanded, &soon, refreshSoon);
     connect(this, &QTreeView::collapsed, &soon, refreshSoon);
