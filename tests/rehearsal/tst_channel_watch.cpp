@@ -59,7 +59,8 @@ private:
         now.voltage = voltage;
         now.current = voltage / 1e6;
         now.status = status;
-        watch->sample();
+        watch->look(false);
+        watch->takeIn();
     }
 
     void waypoint(double time, double before, double voltage)
@@ -259,13 +260,73 @@ private Q_SLOTS:
         QCOMPARE(channel().ramps.at(0).end, 2.0);
     }
 
+    // The journal is read after the look, and tells what was after it too.
+    void aWaypointMayBeAfterTheLook()
+    {
+        touch();
+        at(1, 0, 0);
+        now.time = 1.05;
+        watch->look(false);
+        waypoint(1.06, 0, 0);
+        watch->takeIn();
+        QVERIFY(watch->isRamping());
+        at(1.1, 40, Ramping);
+        at(2, 940, Ramping);
+        now.time = 2.05;
+        now.voltage = 990;
+        watch->look(false);
+        waypoint(2.06, 1000, 1000);
+        watch->takeIn();
+        at(2.1, 1000, On);
+        QVERIFY(!watch->isRamping());
+        QCOMPARE(channel().ramps.size(), std::size_t{1});
+        QCOMPARE(channel().ramps.at(0).begin, 1.06);
+        QCOMPARE(channel().ramps.at(0).end, 2.06);
+    }
+
+    void measuresARampBetweenTwoLooks()
+    {
+        const int index = touch();
+        at(1, 0, 0);
+        waypoint(1.01, 0, 0);
+        watch->endOfRamp(index, 1.03);
+        waypoint(1.03, 20, 20);
+        at(1.05, 20, On);
+        at(1.1, 20, On);
+        QCOMPARE(channel().ramps.size(), std::size_t{1});
+        QCOMPARE(channel().ramps.at(0).begin, 1.01);
+        QCOMPARE(channel().ramps.at(0).end, 1.03);
+        QCOMPARE(channel().ramps.at(0).to, 20.0);
+    }
+
+    // A load that breaks down for a moment is no ramp.
+    void aBreakdownIsNoRamp()
+    {
+        touch();
+        at(1, 500, On);
+        waypoint(1.01, 500, 0);
+        waypoint(1.03, 0, 500);
+        at(1.05, 500, On);
+        QVERIFY(channel().ramps.empty());
+    }
+
+    void whatIsTouchedMayRamp()
+    {
+        QVERIFY(!watch->isRamping());
+        touch();
+        QVERIFY(watch->isRamping());
+        at(1, 0, 0);
+        QVERIFY(!watch->isRamping());
+    }
+
     void aRampMayNotBeOver()
     {
         touch();
         at(1, 0, Ramping);
         now.voltage = 300;
         now.time = 1.3;
-        watch->finish();
+        watch->look(true);
+        watch->takeIn();
         QVERIFY(std::isnan(channel().ramps.at(0).end));
         QCOMPARE(channel().ramps.at(0).to, 300.0);
         QCOMPARE(channel().endState, QStringLiteral("ramping"));

@@ -1,9 +1,11 @@
 #include "workbench/rehearsal/recorder.h"
 
+#include "tests/rehearsal/example_recording.h"
 #include "workbench/simulator/stepped_clock.h"
 
 #include <QTest>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 
@@ -48,6 +50,15 @@ private:
     {
         recorder = std::make_unique<Recorder>(*service, clock, recording,
                                               [this](const Finding &finding) { found.append(finding); });
+    }
+
+    void cause(simulator::FaultKind kind)
+    {
+        simulator::Fault fault;
+        fault.kind = kind;
+        fault.controller = QStringLiteral("local");
+        fault.object = channelAddress(0, 2, 1);
+        QCOMPARE(service->cause(fault), TarnResult::Success);
     }
 
     void step(double seconds)
@@ -112,6 +123,60 @@ private Q_SLOTS:
         // Two straight lines and little else.
         QVERIFY2(channel.trace.points().size() < 20,
                  qPrintable(QString::number(channel.trace.points().size())));
+    }
+
+    void aTripFails()
+    {
+        makeRecorder();
+        recorder->beginFile(0, {});
+        write(item("Setup.delayedTripTime"), "100");
+        write(item("Setup.delayedTripAction"), "2");
+        write(item("Control.voltageSet"), "400");
+        write(item("Control.on"), "1");
+        pass(3);
+        cause(simulator::FaultKind::Short);
+        pass(1);
+        recorder->finish();
+        QCOMPARE(recording.failures.size(), std::size_t{1});
+        QCOMPARE(recording.failures.at(0).kind, Finding::Trip);
+        QVERIFY2(std::abs(recording.failures.at(0).time - 3.1) < 0.01,
+                 qPrintable(QString::number(recording.failures.at(0).time)));
+        const rehearsal::ChannelRecord &channel = recording.channels.at(0);
+        QVERIFY(channel.tripped);
+        QCOMPARE(channel.endState, QStringLiteral("off"));
+        QCOMPARE(channel.ramps.size(), std::size_t{1});
+        QVERIFY2(std::abs(channel.ramps.at(0).end - channel.ramps.at(0).begin - 2) < 0.001,
+                 qPrintable(QString::number(channel.ramps.at(0).end)));
+        const auto isFault = [](const rehearsal::Mark &mark) { return mark.kind == rehearsal::Mark::Fault; };
+        QCOMPARE(std::count_if(channel.marks.begin(), channel.marks.end(), isFault), 1);
+        QVERIFY(!recording.events.empty());
+    }
+
+    void aFaultTouchesItsChannel()
+    {
+        makeRecorder();
+        recorder->beginFile(0, {});
+        cause(simulator::FaultKind::OpenLoad);
+        pass(0.2);
+        QCOMPARE(recording.channels.size(), std::size_t{1});
+        QCOMPARE(recording.channels.at(0).name(), QStringLiteral("local/0.2.1"));
+        QVERIFY(recording.failures.empty());
+    }
+
+    // Somebody wanted it.
+    void anEmergencyOffIsNoTrip()
+    {
+        makeRecorder();
+        recorder->beginFile(0, {});
+        write(item("Control.voltageSet"), "400");
+        write(item("Control.on"), "1");
+        pass(1);
+        write(item("Control.emergency"), "1");
+        pass(1);
+        recorder->finish();
+        QVERIFY2(recording.failures.empty(),
+                 qPrintable(recording.failures.empty() ? QString() : recording.failures.at(0).text));
+        QCOMPARE(recording.channels.at(0).endState, QStringLiteral("off"));
     }
 
     void recordsNothingFromBefore()

@@ -95,6 +95,9 @@ void ChannelWatch::addWaypoint(const simulator::JournalEntry &entry)
         return;
     const auto index = static_cast<std::size_t>(known);
     State &state = states[index];
+    // The look was before that.
+    if (state.isSeen && state.seen.time < entry.time)
+        takeIn(index);
     add(index, {entry.time, entry.voltageBefore, entry.currentBefore, state.voltageSet});
     const TracePoint point{entry.time, entry.voltage, entry.current, state.voltageSet};
     add(index, point);
@@ -127,50 +130,58 @@ void ChannelWatch::trip(int index, double time, const QString &what)
     report(finding);
 }
 
-void ChannelWatch::sample()
+void ChannelWatch::endOfRamp(int index, double time)
+{
+    states[static_cast<std::size_t>(index)].endOfRamp = time;
+}
+
+void ChannelWatch::look(bool atAll)
 {
     for (std::size_t index = 0; index < states.size(); ++index) {
         State &state = states[index];
-        if (state.restingLooks >= RestingAfter && ++state.looksLeftOut < RestingLooks)
+        if (!atAll && state.restingLooks >= RestingAfter && ++state.looksLeftOut < RestingLooks)
             continue;
         state.looksLeftOut = 0;
-        look(index);
+        const ChannelRecord &record = recording.channels[index];
+        state.isSeen = lookAt(record.controller, record.address, state.seen);
     }
 }
 
-void ChannelWatch::finish()
+void ChannelWatch::takeIn()
 {
-    for (std::size_t index = 0; index < states.size(); ++index)
-        look(index);
+    for (std::size_t index = 0; index < states.size(); ++index) {
+        if (states[index].isSeen)
+            takeIn(index);
+    }
 }
 
 bool ChannelWatch::isRamping() const
 {
     for (const State &state : states) {
-        if (state.isRamping)
+        // What has changed its course since the last look may ramp.
+        if (state.isRamping || state.hasWaypoint || !state.hasPoint)
             return true;
     }
     return false;
 }
 
-void ChannelWatch::look(std::size_t index)
+void ChannelWatch::takeIn(std::size_t index)
 {
     using simulator::ChannelCondition;
     ChannelRecord &record = recording.channels[index];
     State &state = states[index];
-    simulator::ChannelSnapshot snapshot;
-    if (!lookAt(record.controller, record.address, snapshot))
-        return;
-    const bool isOn = has(snapshot.status, ChannelCondition::On);
-    const bool isRamping = has(snapshot.status, ChannelCondition::VoltageRamping);
+    const simulator::ChannelSnapshot &seen = state.seen;
+    state.isSeen = false;
+    const bool isOn = has(seen.status, ChannelCondition::On);
+    const bool isRamping = has(seen.status, ChannelCondition::VoltageRamping);
     // Drawn on the side of the output, whichever way the service counts set values of negative ones.
-    state.voltageSet = isOn ? std::copysign(snapshot.voltageSet, snapshot.voltage) : 0;
-    record.voltageLimit = snapshot.voltageLimit;
-    record.currentLimit = snapshot.currentLimit;
+    state.voltageSet = isOn ? std::copysign(seen.voltageSet, seen.voltage) : 0;
+    record.voltageLimit = seen.voltageLimit;
+    record.currentLimit = seen.currentLimit;
     record.endState = isRamping ? QStringLiteral("ramping")
         : isOn                  ? QStringLiteral("on")
                                 : QStringLiteral("off");
-    const TracePoint point{snapshot.time, snapshot.voltage, snapshot.current, state.voltageSet};
+    const TracePoint point{seen.time, seen.voltage, seen.current, state.voltageSet};
     const bool isNew = !state.hasPoint || point.voltage != state.last.voltage
         || point.current != state.last.current || isRamping != state.isRamping || state.hasWaypoint
         || point.voltageSet != state.last.voltageSet;
@@ -179,6 +190,7 @@ void ChannelWatch::look(std::size_t index)
     add(index, point);
     state.hasWaypoint = false;
     state.courseSince = NoTime;
+    state.endOfRamp = NoTime;
 }
 
 void ChannelWatch::add(std::size_t index, const TracePoint &point)
@@ -242,6 +254,9 @@ void ChannelWatch::followRamp(std::size_t index, const TracePoint &point, bool i
         ramps.back().to = end.voltage;
     } else if (isRamping) {
         ramps.back().to = point.voltage;
+    } else if (state.hasWaypoint && state.endOfRamp >= state.courseSince) {
+        // Begun and over since the last look.
+        ramps.push_back({state.courseSince, state.endOfRamp, state.courseFrom, state.latestWaypoint.voltage});
     }
     state.isRamping = isRamping;
 }

@@ -37,12 +37,15 @@ public:
     /// A trip or an error of a channel.
     void trip(int index, double time, const QString &what);
 
-    /// Looks at every channel that changes, and now and then at the others.
-    void sample();
-    /// Looks at every channel for the last time.
-    void finish();
+    /// A channel reports that a ramp of its ended.
+    void endOfRamp(int index, double time);
 
-    /// Whether any channel's voltage ramps.
+    /// Looks at every channel that changes, and now and then at the others; or at all of them. What the journal tells
+    /// afterwards was before the look or after it, by its time; takeIn() follows when it has told all.
+    void look(bool atAll);
+    void takeIn();
+
+    /// Whether any channel's voltage ramps, or may do so since the last look.
     bool isRamping() const;
 
 private:
@@ -51,18 +54,21 @@ private:
     {
         TracePoint last;
         bool hasPoint = false; ///< the last one is one
+        simulator::ChannelSnapshot seen; ///< at the last look
+        bool isSeen = false; ///< and not taken in yet
         double voltageSet = 0; ///< V, as it is drawn
         bool isRamping = false;
         double courseSince = NoTime; ///< s; the first waypoint since the last look
         double courseFrom = 0; ///< V, there
         TracePoint latestWaypoint;
         bool hasWaypoint = false; ///< since the last look
+        double endOfRamp = NoTime; ///< s, since the last look
         int restingLooks = 0; ///< that found nothing new
         int looksLeftOut = 0;
         quint32 crossed = 0; ///< bits of those of its limits that it has crossed
     };
 
-    void look(std::size_t index);
+    void takeIn(std::size_t index);
     void add(std::size_t index, const TracePoint &point);
     void checkLimits(std::size_t index, const TracePoint &point);
     void followRamp(std::size_t index, const TracePoint &point, bool isRamping);

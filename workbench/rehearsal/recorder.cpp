@@ -86,6 +86,12 @@ void Recorder::endFile(const QString &outcome)
 
 void Recorder::poll()
 {
+    poll(false);
+}
+
+void Recorder::poll(bool atAllChannels)
+{
+    watch.look(atAllChannels);
     QVector<JournalEntry> entries;
     do {
         entries = service.journal(nextEntry, EntriesAtOnce);
@@ -103,7 +109,7 @@ void Recorder::poll()
         }
     } while (entries.size() == EntriesAtOnce);
     ledger.judge(now());
-    watch.sample();
+    watch.takeIn();
 }
 
 bool Recorder::isSettled() const
@@ -114,8 +120,9 @@ bool Recorder::isSettled() const
 void Recorder::finish()
 {
     endFile(QStringLiteral("stopped"));
+    // Twice: what is touched now is looked at only then.
     poll();
-    watch.finish();
+    poll(true);
     recording.duration = now();
 }
 
@@ -201,6 +208,8 @@ void Recorder::takeEvent(const JournalEntry &entry)
         return;
     const Mark::Kind kind = entry.kind == JournalEntry::Event ? Mark::Event : Mark::Error;
     watch.mark(channel, {kind, entry.time, -1, entry.item});
+    if (entry.item == QLatin1String("Event.endOfRamp"))
+        watch.endOfRamp(channel, entry.time);
     if (isTrip(entry))
         watch.trip(channel, entry.time, entry.item);
 }

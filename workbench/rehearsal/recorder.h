@@ -53,6 +53,7 @@ public:
     void addTranscript(TranscriptLine::Kind kind, const QString &text);
 
 private:
+    void poll(bool atAllChannels);
     void take(const simulator::JournalEntry &entry);
     void takeEvent(const simulator::JournalEntry &entry);
     void takeFault(const simulator::JournalEntry &entry);
