@@ -123,6 +123,7 @@ private Q_SLOTS:
             dock->toggleViewAction()->trigger();
             QVERIFY(dock->isVisible());
             QVERIFY(!dock->visibleRegion().isEmpty());
+            QTRY_VERIFY2(dock->height() > bench.window->height() / 5, "there is room to read");
         }
         QVERIFY(bench.window->plantDocks()->watcher().isRunning());
         bench.dock("messages")->toggleViewAction()->trigger();

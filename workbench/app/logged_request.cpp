@@ -27,7 +27,7 @@ QString triggerWord(const QString &text)
 QString trigger(const LoggedRequest &request)
 {
     for (const LoggedAnswer &answer : request.answers) {
-        const QString word = triggerWord(answer.text);
+        QString word = triggerWord(answer.text);
         if (!word.isEmpty())
             return word;
     }
@@ -43,7 +43,7 @@ QString valueSummary(const QJsonObject &reading)
 
 QString messageSummary(const QString &text)
 {
-    const QString word = triggerWord(text);
+    QString word = triggerWord(text);
     if (!word.isEmpty())
         return word;
     const QJsonArray readings = QJsonDocument::fromJson(text.toUtf8()).array();

@@ -48,6 +48,7 @@ void PlantDocks::resetLayout()
     window.tabifyDockWidget(chartDock.get(), messageDock.get());
     chartDock->hide();
     messageDock->hide();
+    hasPlace = false;
 }
 
 QList<QAction *> PlantDocks::toggles() const
@@ -104,12 +105,15 @@ std::unique_ptr<QDockWidget> PlantDocks::makeDock(QWidget &content, const QStrin
 
 void PlantDocks::show(QDockWidget &dock)
 {
-    const bool isFirst = !chartDock->isVisible() && !messageDock->isVisible() && !dock.isFloating();
     dock.show();
     dock.raise();
+    const QDockWidget &other = &dock == chartDock.get() ? *messageDock : *chartDock;
+    if (hasPlace || other.isVisible() || dock.isFloating())
+        return;
+    hasPlace = true;
     // A bottom dock starts with what the others leave it, which is next to nothing.
     const int enough = window.height() * 2 / 5;
-    if (isFirst && dock.height() < enough / 2)
+    if (dock.height() < enough / 2)
         window.resizeDocks({&dock}, {enough}, Qt::Vertical);
 }
 

@@ -80,6 +80,7 @@ private:
     std::unique_ptr<QDockWidget> chartDock;
     std::unique_ptr<QDockWidget> messageDock;
     QAction *showAction;
+    bool hasPlace = false; ///< one of the docks was shown since it was put where it is
     QVector<OrbItemId> selection;
 };
 
