@@ -23,15 +23,15 @@ QString tr(const char *text)
     return QCoreApplication::translate("workbench::RehearseOptions", text);
 }
 
-constexpr QLatin1String Controller("controller");
-constexpr QLatin1String Plant("plant");
-constexpr QLatin1String Seed("seed");
-constexpr QLatin1String Faults("faults");
-constexpr QLatin1String LimitName("limit");
-constexpr QLatin1String Report("report");
-constexpr QLatin1String FormatName("format");
-constexpr QLatin1String Settle("settle");
-constexpr QLatin1String Plugin("plugin");
+const QLatin1String Controller("controller");
+const QLatin1String Plant("plant");
+const QLatin1String Seed("seed");
+const QLatin1String Faults("faults");
+const QLatin1String LimitName("limit");
+const QLatin1String Report("report");
+const QLatin1String FormatName("format");
+const QLatin1String Settle("settle");
+const QLatin1String Plugin("plugin");
 
 /// Takes the options one after the other; each step is false with a complaint.
 class Reader
