@@ -8,6 +8,8 @@
 using rehearsal::Trace;
 using rehearsal::TracePoint;
 
+Q_DECLARE_METATYPE(rehearsal::TracePoint)
+
 namespace
 {
 
@@ -127,8 +129,6 @@ private Q_SLOTS:
         QCOMPARE(points.back().time, 199999 * 0.05);
     }
 };
-
-Q_DECLARE_METATYPE(TracePoint)
 
 QTEST_GUILESS_MAIN(TestTrace)
 #include "tst_trace.moc"
