@@ -1,9 +1,10 @@
 # Measures the current of one channel at a row of voltages and writes both to a CSV file. The channel must be off
 # before, and is off afterwards.
 #
-# The curve ends early, with what was measured up to there, when the current reaches MOST_CURRENT. Anything that goes
-# wrong ends it as well; either way the channel is switched off, with its ramp, and the script says at which voltage it
-# was left. Closing the terminal meanwhile ends the script where it is and leaves the channel on.
+# The curve ends early, with what was measured up to there, when the current reaches MOST_CURRENT; the channel's delayed
+# trip, which would take that for a problem, is disabled for the time of the measurement. Anything that goes wrong ends
+# it as well; either way the channel is switched off, with its ramp, and the script says at which voltage it was left.
+# Closing the terminal meanwhile ends the script where it is and leaves the channel on.
 # The ramp speeds stay as they are set here.
 
 import csv
@@ -22,6 +23,7 @@ VOLTAGES = [0, 100, 200, 300, 400, 500]  # V, in this order
 MOST_CURRENT = 0.001  # A, set as the channel's current limit for the time of the measurement
 RAMP_SPEED = 50.0  # V/s, up and down
 SETTLING_TIME = 2.0  # s, between the end of a ramp and the measurement
+NO_TRIP = 4  # the delayed trip action that disables the trip
 LONGEST_RAMP = 60.0  # s, in which one step must be over, and the way down to 0 V as well
 SAFE_VOLTAGE = 60.0  # V, below which the channel counts as being off
 INTERVAL = 0.5  # s, from one look at a ramp to the next
@@ -109,6 +111,7 @@ def measure(channel, file):
     write(channel.setControlVoltageRampspeedUp(RAMP_SPEED), f"ramp channel {channel} up by {RAMP_SPEED:g} V/s")
     write(channel.setControlVoltageRampspeedDown(RAMP_SPEED), f"ramp channel {channel} down by {RAMP_SPEED:g} V/s")
     write(channel.setControlCurrentSet(MOST_CURRENT), f"limit channel {channel} to {MOST_CURRENT:g} A")
+    write(channel.setSetupDelayedTripAction(NO_TRIP), f"disable the trip of channel {channel}")
     table = csv.writer(file)
     table.writerow(["time (s since 1970)", "voltage set (V)", "voltage (V)", "current (A)", "limited by current"])
     write(channel.setControlVoltageSet(0), f"set channel {channel} to 0 V")
@@ -143,6 +146,7 @@ def switch_off(channel):
 channel = find_channel()
 check_before(channel)
 usual_current = number(channel.getControlCurrentSet(), "current limit")
+usual_trip = int(number(channel.getSetupDelayedTripAction(), "trip action"))
 with open(CSV_FILE, "x", newline="", encoding="utf-8") as file:  # "x": never write over another curve
     try:
         measure(channel, file)
@@ -151,5 +155,6 @@ with open(CSV_FILE, "x", newline="", encoding="utf-8") as file:  # "x": never wr
         raise
     finally:
         switch_off(channel)
+        write(channel.setSetupDelayedTripAction(usual_trip), f"restore the trip of channel {channel}")
         write(channel.setControlCurrentSet(usual_current), f"limit channel {channel} to {usual_current:g} A again")
 print(f"The curve is in {CSV_FILE}")

@@ -128,6 +128,7 @@ void TestIvCurveScript::switchesOnAtZero()
 
 void TestIvCurveScript::endsAtTheCurrentLimit()
 {
+    bench->write(item("Setup.delayedTripAction"), QStringLiteral("2"));
     const ScriptBench::Outcome outcome = run({{QStringLiteral("MOST_CURRENT"), QStringLiteral("0.0002")}});
     QCOMPARE(outcome.error, QString());
     QCOMPARE(lines().mid(3),
@@ -138,6 +139,9 @@ void TestIvCurveScript::endsAtTheCurrentLimit()
         qPrintable(outcome.output));
     QCOMPARE(bench->read(item("Control.on")), QStringLiteral("false"));
     QCOMPARE(bench->readNumber(item("Control.currentSet")), 0.004);
+    // The limit is no problem here, and is one again afterwards.
+    QCOMPARE(bench->read(item("Event.currentTrip")), QStringLiteral("false"));
+    QCOMPARE(bench->read(item("Setup.delayedTripAction")), QStringLiteral("2"));
 }
 
 void TestIvCurveScript::touchesNothing_data()

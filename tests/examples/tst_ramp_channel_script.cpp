@@ -160,10 +160,13 @@ void TestRampChannelScript::switchesOffAfterAProblem_data()
     QTest::newRow("emergency off") << Problem(
         [](ScriptBench &b) { b.at(4, [&b] { b.write(item("Control.emergency"), QStringLiteral("1")); }); })
                                    << QStringLiteral("Channel 0.2.1 reports an emergency off.") << 4;
-    QTest::newRow("output held by the current limit")
-        << Problem([](ScriptBench &b) { b.write(item("Control.currentSet"), QStringLiteral("0.0002")); })
-        << QStringLiteral("The current limit holds channel 0.2.1 at 250.0 V.") << 10;
+    QTest::newRow("output held by the current limit") << Problem([](ScriptBench &b) {
+        b.write(item("Setup.delayedTripAction"), QStringLiteral("4")); // which would come first
+        b.write(item("Control.currentSet"), QStringLiteral("0.0002"));
+    }) << QStringLiteral("The current limit holds channel 0.2.1 at 250.0 V.")
+                                                      << 10;
     QTest::newRow("voltage outside of its bounds") << Problem([](ScriptBench &b) {
+        b.write(item("Setup.delayedTripAction"), QStringLiteral("4"));
         b.write(item("Control.currentSet"), QStringLiteral("0.0002"));
         b.write(item("Control.voltageBounds"), QStringLiteral("10"));
     }) << QStringLiteral("Channel 0.2.1 reports a voltage outside of its bounds.")
