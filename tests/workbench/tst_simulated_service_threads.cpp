@@ -56,6 +56,7 @@ private Q_SLOTS:
     void everyRequestIsAnsweredOnce();
     void listenersComeAndGo();
     void controllersAndConnectionsComeAndGo();
+    void faultsWhileSomebodyLooks();
 };
 
 void TestSimulatedServiceThreads::readersAndWriters()
@@ -199,6 +200,41 @@ void TestSimulatedServiceThreads::controllersAndConnectionsComeAndGo()
     QString reply;
     QVERIFY(service.rawRequest(Local, getRequest(), reply));
     QTRY_VERIFY(listener.messageCount() >= before + 2);
+}
+
+void TestSimulatedServiceThreads::faultsWhileSomebodyLooks()
+{
+    SimulatedService service;
+    std::atomic<int> failures{0};
+    std::atomic<int> causing{3};
+    const auto causer = [&](qint32 channel, FaultKind kind) {
+        Fault fault;
+        fault.kind = kind;
+        fault.controller = Local;
+        fault.object = {OrbItemId::Channel, 0, 0, channel};
+        fault.amount = 0.0005;
+        for (int i = 0; i < Rounds; ++i) {
+            service.writeItem(channelItem(channel, QStringLiteral("Control.on")), QString::number(i % 2));
+            if (service.cause(fault) != TarnResult::Success || service.mend(fault) != TarnResult::Success)
+                ++failures;
+        }
+        --causing;
+    };
+    quint64 next = 0;
+    const auto watcher = [&] {
+        while (causing > 0) {
+            const QVector<JournalEntry> entries = service.journal(next);
+            for (const JournalEntry &entry : entries)
+                failures += entry.number == next++ ? 0 : 1;
+            ChannelSnapshot snapshot;
+            if (!service.channelSnapshot(Local, {OrbItemId::Channel, 0, 0, 0}, snapshot))
+                ++failures;
+        }
+    };
+    runAll({[&] { causer(0, FaultKind::Short); }, [&] { causer(1, FaultKind::Leak); },
+            [&] { causer(2, FaultKind::ExternalInhibit); }, watcher});
+    QCOMPARE(failures.load(), 0);
+    QVERIFY(service.nextJournalNumber() >= quint64(3 * 3 * Rounds)); // writes, beginnings and ends
 }
 
 QTEST_GUILESS_MAIN(TestSimulatedServiceThreads)
