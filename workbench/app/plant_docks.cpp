@@ -9,6 +9,7 @@
 #include <QAction>
 #include <QDockWidget>
 #include <QMainWindow>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -111,10 +112,13 @@ void PlantDocks::show(QDockWidget &dock)
     if (hasPlace || other.isVisible() || dock.isFloating())
         return;
     hasPlace = true;
-    // A bottom dock starts with what the others leave it, which is next to nothing.
-    const int enough = window.height() * 2 / 5;
-    if (dock.height() < enough / 2)
-        window.resizeDocks({&dock}, {enough}, Qt::Vertical);
+    // A bottom dock starts with what the others leave it, which is next to nothing, and takes a size only from a
+    // window that is laid out.
+    QTimer::singleShot(0, &dock, [this, &dock] {
+        const int enough = window.height() * 3 / 5; // the others give up less than is asked for
+        if (dock.height() < enough / 2)
+            window.resizeDocks({&dock}, {enough}, Qt::Vertical);
+    });
 }
 
 } // namespace workbench
