@@ -312,6 +312,10 @@ private Q_SLOTS:
         const QByteArray commands =
             "# begun\n" + request("setItem", Channel, "Control.on", "1") + "wait 60000\n";
         QTest::newRow("a command file") << QStringLiteral("long.txt") << commands << SIGINT << 130;
+        // It is not answered within the time that it takes to stop it.
+        QTest::newRow("a request") << QStringLiteral("unanswered.txt")
+                                   << "# begun\n" + request("setItem", Channel, "Control.on", "1") << SIGINT
+                                   << 130;
         QTest::newRow("a script") << QStringLiteral("long.py")
                                   << QByteArray("import time\nprint('begun')\ntime.sleep(60)\n") << SIGINT
                                   << 130;
@@ -327,11 +331,14 @@ private Q_SLOTS:
         QFETCH(int, signal);
         QFETCH(int, exitCode);
         const QString report = program.path(QStringLiteral("interrupted"));
+        const QString faults =
+            program.write(QStringLiteral("slow.json"),
+                          R"({"faults":[{"at":0,"fault":"slowAnswers","controller":"local","amount":1.9}]})");
         QProcess process;
         process.start(QStringLiteral(WORKBENCH),
                       {QStringLiteral("rehearse"), program.write(name, content),
                        program.write(QStringLiteral("next.txt"), "# next\n"), QStringLiteral("--report"),
-                       report});
+                       report, QStringLiteral("--faults"), faults});
         QByteArray out;
         QTRY_VERIFY_WITH_TIMEOUT((out += process.readAllStandardOutput()).contains("begun"), 30000);
         QCOMPARE(::kill(static_cast<pid_t>(process.processId()), signal), 0);
@@ -343,6 +350,7 @@ private Q_SLOTS:
         const QJsonObject json = RehearsalProgram::readReport(report);
         QCOMPARE(json.value(QLatin1String("exitCode")).toInt(), exitCode);
         QVERIFY(!json.value(QLatin1String("interruption")).toString().isEmpty());
+        QCOMPARE(json.value(QLatin1String("failures")).toArray(), QJsonArray());
         QCOMPARE(json.value(QLatin1String("files")).toArray().at(0)[QLatin1String("outcome")].toString(),
                  QStringLiteral("stopped"));
         QCOMPARE(json.value(QLatin1String("files")).toArray().at(1)[QLatin1String("outcome")].toString(),

@@ -92,8 +92,8 @@ private Q_SLOTS:
     void aSlowCurveKeepsItsShape()
     {
         Trace trace(2000, Tolerance, Tolerance);
-        const auto voltage = [](double time) { return std::exp(-time / 1000); };
-        for (int i = 0; i <= 20000; ++i)
+        const auto voltage = [](double time) { return std::exp(-time / 10000); };
+        for (int i = 0; i <= 200000; ++i)
             trace.add({i * 0.05, voltage(i * 0.05), 0, 0});
         const auto &points = trace.points();
         QVERIFY(points.size() > 2);

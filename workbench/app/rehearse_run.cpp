@@ -230,7 +230,8 @@ void RehearseRun::takeTranscript()
         const TranscriptLine::Kind kind = kindOf(line.kind);
         stage.recorder.addTranscript(kind, line.text);
         stage.output.transcript(file().name, stage.recorder.now(), kind, line.text);
-        if (!file().isScript)
+        // What is shown of the stop itself is nobody's failure.
+        if (!file().isScript && step == &RehearseRun::waitForEnd)
             judgeLine(kind, line.text);
     }
     // What came of it stands behind the line then, and not a moment later.
