@@ -39,6 +39,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         QTest::newRow("zero") << 0.0 << QStringLiteral("0.00 V");
         QTest::newRow("positive") << 1234.567 << QStringLiteral("1234.57 V");
+        QTest::newRow("noise below zero") << -0.0049 << QStringLiteral("0.00 V");
+        QTest::newRow("just below zero") << -0.0051 << QStringLiteral("-0.01 V");
         QTest::newRow("negative") << -0.126 << QStringLiteral("-0.13 V");
     }
 

@@ -120,7 +120,8 @@ SystemState readSystemState(OrbClient &client, const OrbItemId &id)
 
 QString voltageText(double volts)
 {
-    return QLocale().toString(volts, 'f', 2) + QStringLiteral(" V");
+    constexpr double Half = 0.005; // of the last digit; what is below is 0, which has no sign
+    return QLocale().toString(std::fabs(volts) < Half ? 0 : volts, 'f', 2) + QStringLiteral(" V");
 }
 
 QString currentText(double amperes)
