@@ -197,10 +197,11 @@ OptionsResult parseRehearseOptions(const QStringList &arguments, RehearseOptions
         "a "
         "channel tripped or a script failed; 2 when the arguments are unusable; 130 after Ctrl+C."));
     const QString file = tr("file");
-    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")}, tr("Show this help."));
     parser.addPositionalArgument(QStringLiteral("file"), tr("Command files and Python files."),
                                  tr("FILE..."));
     parser.addOptions({
+        help,
         {Controller, tr("Send the command files' requests to this controller (the first)."), tr("name")},
         {Plant, tr("Rehearse against the plant that this file describes."), file},
         {Seed, tr("Seed of noise, sparks and jitter (the plant's)."), tr("number")},
