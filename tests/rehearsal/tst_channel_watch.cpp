@@ -225,6 +225,19 @@ private Q_SLOTS:
         QCOMPARE(channel().endState, QStringLiteral("on"));
     }
 
+    void measuresARampThatIsCutOff()
+    {
+        touch();
+        at(1, 0, 0);
+        waypoint(1.02, 0, 0);
+        at(1.5, 480, Ramping);
+        waypoint(1.52, 500, 0); // off without a ramp
+        at(1.55, 0, 0);
+        QCOMPARE(channel().ramps.size(), std::size_t{1});
+        QCOMPARE(channel().ramps.at(0).end, 1.52);
+        QCOMPARE(channel().ramps.at(0).to, 500.0);
+    }
+
     // The first that is heard of a channel is that it was switched on, when it ramps already.
     void measuresTheRampOfWhatIsTouchedByIt()
     {

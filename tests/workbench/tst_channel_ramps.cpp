@@ -25,6 +25,7 @@ private Q_SLOTS:
     void rampspeedRange();
     void endOfRamp();
     void endOfRampWaitsForTheVoltage();
+    void endOfRampThatTheCurrentLimits();
     void rampEvents();
 };
 
@@ -259,6 +260,28 @@ void TestChannelRamps::endOfRampWaitsForTheVoltage()
     QVERIFY(!bench.isTrue("Status.ramping"));
     QCOMPARE(bench.number("Status.voltageMeasure"), 0.0);
     QCOMPARE(bench.text("Status.runningState"), QStringLiteral("off"));
+}
+
+void TestChannelRamps::endOfRampThatTheCurrentLimits()
+{
+    // 0.5 mA into 1 MOhm: the voltage stays at 500 V after 2.5 s, the ramp to 1000 V is over after 5 s.
+    ChannelBench bench;
+    QVERIFY(bench.set("Control.currentSet", "0.0005"));
+    QVERIFY(bench.set("Setup.delayedTripAction", "4"));
+    QVERIFY(bench.set("Control.voltageSet", "1000"));
+    QVERIFY(bench.set("Control.on", "1"));
+    bench.advance(60);
+    QVERIFY(!bench.isTrue("Status.ramping"));
+    const QVector<simulator::JournalEntry> entries = bench.run.journal.from(0, 1000);
+    QVector<double> waypoints;
+    for (const simulator::JournalEntry &entry : entries) {
+        if (entry.kind == simulator::JournalEntry::Waypoint)
+            waypoints.append(entry.time - 100);
+    }
+    QCOMPARE(waypoints.size(), 3);
+    QCOMPARE(waypoints.at(0), 0.0);
+    QVERIFY(isWithin(waypoints.at(1), 2.5, 1e-6));
+    QVERIFY(isWithin(waypoints.at(2), 5, 1e-6));
 }
 
 void TestChannelRamps::rampEvents()

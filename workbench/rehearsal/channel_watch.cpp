@@ -107,6 +107,7 @@ void ChannelWatch::addWaypoint(const simulator::JournalEntry &entry)
     }
     state.hasWaypoint = true;
     state.latestWaypoint = point;
+    state.latestBefore = entry.voltageBefore;
 }
 
 void ChannelWatch::mark(int index, const Mark &mark)
@@ -249,9 +250,9 @@ void ChannelWatch::followRamp(std::size_t index, const TracePoint &point, bool i
         const double from = knowsBegin ? state.courseFrom : point.voltage;
         ramps.push_back({begin, NoTime, from, point.voltage});
     } else if (!isRamping && state.isRamping) {
-        const TracePoint &end = state.hasWaypoint ? state.latestWaypoint : point;
-        ramps.back().end = end.time;
-        ramps.back().to = end.voltage;
+        // What ends a ramp may take the voltage down at the same moment.
+        ramps.back().end = state.hasWaypoint ? state.latestWaypoint.time : point.time;
+        ramps.back().to = state.hasWaypoint ? state.latestBefore : point.voltage;
     } else if (isRamping) {
         ramps.back().to = point.voltage;
     } else if (state.hasWaypoint && state.endOfRamp >= state.courseSince) {

@@ -61,6 +61,7 @@ private:
         double courseSince = NoTime; ///< s; the first waypoint since the last look
         double courseFrom = 0; ///< V, there
         TracePoint latestWaypoint;
+        double latestBefore = 0; ///< V, just before that waypoint
         bool hasWaypoint = false; ///< since the last look
         double endOfRamp = NoTime; ///< s, since the last look
         int restingLooks = 0; ///< that found nothing new

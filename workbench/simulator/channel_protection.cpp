@@ -150,8 +150,9 @@ void Channel::turn(double now, Change change)
     const double voltageBefore = output.voltage(now);
     const double currentBefore = output.current(now);
     const quint8 course = output.courseNumber();
+    const bool wasRamping = output.isRamping();
     change();
-    if (course == output.courseNumber())
+    if (course == output.courseNumber() && wasRamping == output.isRamping())
         return;
     JournalEntry entry = host->entryFor(*this, now);
     entry.kind = JournalEntry::Waypoint;

@@ -24,7 +24,8 @@ struct JournalEntry
         Error, ///< `item` ("Error.currentTrip") became pending
         FaultBegins, ///< `text` is the fault's name
         FaultEnds,
-        Waypoint, ///< from here on a channel takes another course; `voltage`, `current` and their values just before
+        Waypoint, ///< from here on a channel takes another course, or begins or ends to ramp; `voltage`, `current` and
+        ///< their values just before
         PassThroughIn, ///< a message was handed to a script: `text`
         PassThroughOut, ///< a script sent `text`
         ControllerLeft, ///< the controller went away
