@@ -1,6 +1,7 @@
 // What a large plant costs: 100,000 channels against ten. Each figure has a limit, and the program fails when one is
 // missed.
 
+#include "benchmarks/held_figure.h"
 #include "hostclient/orb_item_id.h"
 #include "workbench/simulator/controller.h"
 #include "workbench/simulator/real_clock.h"
@@ -37,19 +38,6 @@ constexpr double SameObjectRatio = 1.5; // with 100,000 channels by with ten, th
 constexpr double AnyObjectRatio =
     4; // the same, another channel every time: memory is farther away than the cache
 constexpr double IdleSeconds = 0.001; // of the processor, in a second
-
-int missed = 0;
-
-/// Prints a figure beside its limit, and remembers when it is above.
-void hold(benchmark::State &state, const std::string &name, double figure, double limit)
-{
-    state.counters[name] = figure;
-    state.counters[name + "_limit"] = limit;
-    if (figure <= limit)
-        return;
-    ++missed;
-    state.SkipWithError((name + " is above its limit").c_str());
-}
 
 ModuleLayout moduleLayout(quint32 address)
 {
@@ -250,7 +238,7 @@ void accessItem(benchmark::State &state, const Access &access, bool everywhere, 
         }
     }
     if (smallTimes.back() < 0 || largeTimes.back() < 0) {
-        ++missed;
+        ++missedLimits;
         state.SkipWithError("an access did not succeed");
         return;
     }
@@ -325,5 +313,5 @@ int main(int argc, char **argv)
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
     benchmark::RunSpecifiedBenchmarks();
-    return missed == 0 ? 0 : 1;
+    return missedLimits == 0 ? 0 : 1;
 }
