@@ -1,8 +1,8 @@
 #pragma once
 
-#include <benchmark/benchmark.h>
-
 #include <QtGlobal>
+
+#include <benchmark/benchmark.h>
 
 #include <string>
 
