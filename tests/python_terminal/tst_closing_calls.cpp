@@ -1,39 +1,21 @@
-#include "tests/python_terminal/closing_test.h"
+#include "tests/python_terminal/closing_scripts.h"
 
 #include <QtTest>
 
-#include <memory>
-
 /// The tool closes in whatever call a script is, and whatever it has done to its output.
-class TestClosingCalls : public QObject
+class TestClosingCalls : public ClosingScripts
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase() { test.reset(); }
-
-    void scripts_data();
-    void scripts();
+public:
+    TestClosingCalls() : ClosingScripts(ClosingLimits::variantRounds()) { }
 
 private:
-    std::unique_ptr<ClosingTest> test;
+    void addScripts() override;
 };
 
-void TestClosingCalls::initTestCase()
+void TestClosingCalls::addScripts()
 {
-    test = std::make_unique<ClosingTest>();
-    QCOMPARE(test->prepare(), QString());
-}
-
-void TestClosingCalls::scripts_data()
-{
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<bool>("sleeps");
-    const auto row = [](const char *name, const char *script, bool sleeps) {
-        QTest::newRow(name) << QString::fromLatin1(script) << sleeps;
-    };
-
     row("busy loop in a function", R"(
 def spin():
     i = 0
@@ -138,13 +120,6 @@ while True:
     except RecursionError: pass
 )",
         false);
-}
-
-void TestClosingCalls::scripts()
-{
-    QFETCH(QString, script);
-    QFETCH(bool, sleeps);
-    QCOMPARE(test->closeWhile(script, sleeps, ClosingLimits::variantRounds()), QString());
 }
 
 QTEST_MAIN(TestClosingCalls)

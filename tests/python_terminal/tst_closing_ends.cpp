@@ -1,39 +1,21 @@
-#include "tests/python_terminal/closing_test.h"
+#include "tests/python_terminal/closing_scripts.h"
 
 #include <QtTest>
 
-#include <memory>
-
 /// What a script has registered for its end runs when the tool closes, but not for long.
-class TestClosingEnds : public QObject
+class TestClosingEnds : public ClosingScripts
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase() { test.reset(); }
-
-    void scripts_data();
-    void scripts();
+public:
+    TestClosingEnds() : ClosingScripts(ClosingLimits::variantRounds()) { }
 
 private:
-    std::unique_ptr<ClosingTest> test;
+    void addScripts() override;
 };
 
-void TestClosingEnds::initTestCase()
+void TestClosingEnds::addScripts()
 {
-    test = std::make_unique<ClosingTest>();
-    QCOMPARE(test->prepare(), QString());
-}
-
-void TestClosingEnds::scripts_data()
-{
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<bool>("sleeps");
-    const auto row = [](const char *name, const char *script, bool sleeps) {
-        QTest::newRow(name) << QString::fromLatin1(script) << sleeps;
-    };
-
     row("exit function that handles everything", R"(
 import atexit, time
 def f():
@@ -219,13 +201,6 @@ print('reached')
 sys.stdout = sys.stderr = Output()
 )",
         true);
-}
-
-void TestClosingEnds::scripts()
-{
-    QFETCH(QString, script);
-    QFETCH(bool, sleeps);
-    QCOMPARE(test->closeWhile(script, sleeps, ClosingLimits::variantRounds()), QString());
 }
 
 QTEST_MAIN(TestClosingEnds)

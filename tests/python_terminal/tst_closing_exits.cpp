@@ -1,43 +1,23 @@
-#include "tests/python_terminal/closing_test.h"
+#include "tests/python_terminal/closing_scripts.h"
 
 #include <QtTest>
 
-#include <csignal>
-#include <memory>
-
 /// The tool closes after a script has ended itself or its output, or wanted to end everything, and although it wants
 /// to do much at its end.
-class TestClosingExits : public QObject
+class TestClosingExits : public ClosingScripts
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase() { test.reset(); }
-
-    void scripts_data();
-    void scripts();
+public:
+    TestClosingExits() : ClosingScripts(ClosingLimits::rounds()) { }
 
 private:
-    std::unique_ptr<ClosingTest> test;
+    void addScripts() override;
+    void prepareProcess() override { useDefaultInterruptSignal(); }
 };
 
-void TestClosingExits::initTestCase()
+void TestClosingExits::addScripts()
 {
-    // A handler that the process has already is left to it: the test library's would end the test.
-    std::signal(SIGINT, SIG_DFL);
-    test = std::make_unique<ClosingTest>();
-    QCOMPARE(test->prepare(), QString());
-}
-
-void TestClosingExits::scripts_data()
-{
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<bool>("sleeps");
-    const auto row = [](const char *name, const char *script, bool sleeps) {
-        QTest::newRow(name) << QString::fromLatin1(script) << sleeps;
-    };
-
     row("sys.exit", "import sys\nprint('reached')\nsys.exit()\n", true);
     row("exit", "print('reached')\nexit()\n", true);
     row("SIGINT", "import os, signal\nprint('reached')\nos.kill(os.getpid(), signal.SIGINT)\n", true);
@@ -66,13 +46,6 @@ atexit.register(f)
 print('reached')
 )",
         true);
-}
-
-void TestClosingExits::scripts()
-{
-    QFETCH(QString, script);
-    QFETCH(bool, sleeps);
-    QCOMPARE(test->closeWhile(script, sleeps, ClosingLimits::rounds()), QString());
 }
 
 QTEST_MAIN(TestClosingExits)

@@ -1,45 +1,26 @@
-#include "tests/python_terminal/closing_test.h"
+#include "tests/python_terminal/closing_scripts.h"
 
 #include <QtTest>
 
-#include <csignal>
-#include <memory>
-
 /// The tool closes although a script handles every exception, and lets a script leave things as they should be.
-class TestClosingHandlers : public QObject
+class TestClosingHandlers : public ClosingScripts
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase() { test.reset(); }
-
-    void scripts_data();
-    void scripts();
-
-    void finallyRuns_data();
-    void finallyRuns();
+public:
+    TestClosingHandlers() : ClosingScripts(ClosingLimits::variantRounds()) { }
 
 private:
-    std::unique_ptr<ClosingTest> test;
+    void addScripts() override;
+    void prepareProcess() override { useDefaultInterruptSignal(); }
+
+private Q_SLOTS:
+    void finallyRuns_data();
+    void finallyRuns();
 };
 
-void TestClosingHandlers::initTestCase()
+void TestClosingHandlers::addScripts()
 {
-    // A handler that the process has already is left to it: the test library's would end the test.
-    std::signal(SIGINT, SIG_DFL);
-    test = std::make_unique<ClosingTest>();
-    QCOMPARE(test->prepare(), QString());
-}
-
-void TestClosingHandlers::scripts_data()
-{
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<bool>("sleeps");
-    const auto row = [](const char *name, const char *script, bool sleeps) {
-        QTest::newRow(name) << QString::fromLatin1(script) << sleeps;
-    };
-
     row("except around a lock", R"(
 import threading
 l = threading.Lock()
@@ -234,13 +215,6 @@ while True:
     except: pass
 )",
         false);
-}
-
-void TestClosingHandlers::scripts()
-{
-    QFETCH(QString, script);
-    QFETCH(bool, sleeps);
-    QCOMPARE(test->closeWhile(script, sleeps, ClosingLimits::variantRounds()), QString());
 }
 
 void TestClosingHandlers::finallyRuns_data()

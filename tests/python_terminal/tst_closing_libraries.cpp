@@ -1,39 +1,21 @@
-#include "tests/python_terminal/closing_test.h"
+#include "tests/python_terminal/closing_scripts.h"
 
 #include <QtTest>
 
-#include <memory>
-
 /// The tool closes while a script uses libraries that have threads or much memory of their own.
-class TestClosingLibraries : public QObject
+class TestClosingLibraries : public ClosingScripts
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase() { test.reset(); }
-
-    void scripts_data();
-    void scripts();
+public:
+    TestClosingLibraries() : ClosingScripts(ClosingLimits::variantRounds()) { }
 
 private:
-    std::unique_ptr<ClosingTest> test;
+    void addScripts() override;
 };
 
-void TestClosingLibraries::initTestCase()
+void TestClosingLibraries::addScripts()
 {
-    test = std::make_unique<ClosingTest>();
-    QCOMPARE(test->prepare(), QString());
-}
-
-void TestClosingLibraries::scripts_data()
-{
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<bool>("sleeps");
-    const auto row = [](const char *name, const char *script, bool sleeps) {
-        QTest::newRow(name) << QString::fromLatin1(script) << sleeps;
-    };
-
     row("pool of threads", R"(
 import concurrent.futures, time
 pool = concurrent.futures.ThreadPoolExecutor(4)
@@ -92,13 +74,6 @@ print('reached')
 time.sleep(60)
 )",
         true);
-}
-
-void TestClosingLibraries::scripts()
-{
-    QFETCH(QString, script);
-    QFETCH(bool, sleeps);
-    QCOMPARE(test->closeWhile(script, sleeps, ClosingLimits::variantRounds()), QString());
 }
 
 QTEST_MAIN(TestClosingLibraries)

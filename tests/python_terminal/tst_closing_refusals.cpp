@@ -1,39 +1,21 @@
-#include "tests/python_terminal/closing_test.h"
+#include "tests/python_terminal/closing_scripts.h"
 
 #include <QtTest>
 
-#include <memory>
-
 /// The tool closes although a script handles every exception that would end it, or takes long to end.
-class TestClosingRefusals : public QObject
+class TestClosingRefusals : public ClosingScripts
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase() { test.reset(); }
-
-    void scripts_data();
-    void scripts();
+public:
+    TestClosingRefusals() : ClosingScripts(ClosingLimits::rounds()) { }
 
 private:
-    std::unique_ptr<ClosingTest> test;
+    void addScripts() override;
 };
 
-void TestClosingRefusals::initTestCase()
+void TestClosingRefusals::addScripts()
 {
-    test = std::make_unique<ClosingTest>();
-    QCOMPARE(test->prepare(), QString());
-}
-
-void TestClosingRefusals::scripts_data()
-{
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<bool>("sleeps");
-    const auto row = [](const char *name, const char *script, bool sleeps) {
-        QTest::newRow(name) << QString::fromLatin1(script) << sleeps;
-    };
-
     row("except around a busy loop", R"(
 print('reached')
 while True:
@@ -95,13 +77,6 @@ finally:
     time.sleep(60)
 )",
         true);
-}
-
-void TestClosingRefusals::scripts()
-{
-    QFETCH(QString, script);
-    QFETCH(bool, sleeps);
-    QCOMPARE(test->closeWhile(script, sleeps, ClosingLimits::rounds()), QString());
 }
 
 QTEST_MAIN(TestClosingRefusals)

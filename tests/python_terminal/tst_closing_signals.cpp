@@ -1,9 +1,8 @@
-#include "tests/python_terminal/closing_test.h"
+#include "tests/python_terminal/closing_scripts.h"
 
 #include <QtTest>
 
 #include <csignal>
-#include <memory>
 
 namespace
 {
@@ -25,41 +24,25 @@ quintptr handlerOf(int number)
 } // namespace
 
 /// The tool closes although a script has changed what signals do, and the host has its own handling back.
-class TestClosingSignals : public QObject
+class TestClosingSignals : public ClosingScripts
 {
     Q_OBJECT
 
+public:
+    TestClosingSignals() : ClosingScripts(ClosingLimits::variantRounds()) { }
+
+private:
+    void addScripts() override;
+    void prepareProcess() override { useDefaultInterruptSignal(); }
+
 private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase() { test.reset(); }
-
-    void scripts_data();
-    void scripts();
-
     void dispositions_data();
     void dispositions();
     void theHostsOwnChangesStay();
-
-private:
-    std::unique_ptr<ClosingTest> test;
 };
 
-void TestClosingSignals::initTestCase()
+void TestClosingSignals::addScripts()
 {
-    // A handler that the process has already is left to it: the test library's would end the test.
-    std::signal(SIGINT, SIG_DFL);
-    test = std::make_unique<ClosingTest>();
-    QCOMPARE(test->prepare(), QString());
-}
-
-void TestClosingSignals::scripts_data()
-{
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<bool>("sleeps");
-    const auto row = [](const char *name, const char *script, bool sleeps) {
-        QTest::newRow(name) << QString::fromLatin1(script) << sleeps;
-    };
-
     row("ignored", R"(
 import signal, time
 signal.signal(signal.SIGURG, signal.SIG_IGN)
@@ -171,13 +154,6 @@ print('reached')
 signal.pause()
 )",
         true);
-}
-
-void TestClosingSignals::scripts()
-{
-    QFETCH(QString, script);
-    QFETCH(bool, sleeps);
-    QCOMPARE(test->closeWhile(script, sleeps, ClosingLimits::variantRounds()), QString());
 }
 
 void TestClosingSignals::dispositions_data()

@@ -1,39 +1,21 @@
-#include "tests/python_terminal/closing_test.h"
+#include "tests/python_terminal/closing_scripts.h"
 
 #include <QtTest>
 
-#include <memory>
-
 /// The tool closes whatever a script is doing, and opens again.
-class TestClosingStates : public QObject
+class TestClosingStates : public ClosingScripts
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase() { test.reset(); }
-
-    void scripts_data();
-    void scripts();
+public:
+    TestClosingStates() : ClosingScripts(ClosingLimits::rounds()) { }
 
 private:
-    std::unique_ptr<ClosingTest> test;
+    void addScripts() override;
 };
 
-void TestClosingStates::initTestCase()
+void TestClosingStates::addScripts()
 {
-    test = std::make_unique<ClosingTest>();
-    QCOMPARE(test->prepare(), QString());
-}
-
-void TestClosingStates::scripts_data()
-{
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<bool>("sleeps");
-    const auto row = [](const char *name, const char *script, bool sleeps) {
-        QTest::newRow(name) << QString::fromLatin1(script) << sleeps;
-    };
-
     row("idle", "print('reached')\n", true);
     row("busy loop", "print('reached')\nwhile True: pass\n", false);
     row("time.sleep", "import time\nprint('reached')\ntime.sleep(60)\n", true);
@@ -89,13 +71,6 @@ while True:
     libc.usleep(1000)
 )",
         false);
-}
-
-void TestClosingStates::scripts()
-{
-    QFETCH(QString, script);
-    QFETCH(bool, sleeps);
-    QCOMPARE(test->closeWhile(script, sleeps, ClosingLimits::rounds()), QString());
 }
 
 QTEST_MAIN(TestClosingStates)

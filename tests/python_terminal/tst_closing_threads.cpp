@@ -1,40 +1,24 @@
-#include "tests/python_terminal/closing_test.h"
+#include "tests/python_terminal/closing_scripts.h"
 
 #include <QtTest>
 
-#include <memory>
-
 /// The tool closes whatever threads a script has started, and nothing of them is left.
-class TestClosingThreads : public QObject
+class TestClosingThreads : public ClosingScripts
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase() { test.reset(); }
-
-    void scripts_data();
-    void scripts();
-    void sleepOfAThread();
+public:
+    TestClosingThreads() : ClosingScripts(ClosingLimits::variantRounds()) { }
 
 private:
-    std::unique_ptr<ClosingTest> test;
+    void addScripts() override;
+
+private Q_SLOTS:
+    void sleepOfAThread();
 };
 
-void TestClosingThreads::initTestCase()
+void TestClosingThreads::addScripts()
 {
-    test = std::make_unique<ClosingTest>();
-    QCOMPARE(test->prepare(), QString());
-}
-
-void TestClosingThreads::scripts_data()
-{
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<bool>("sleeps");
-    const auto row = [](const char *name, const char *script, bool sleeps) {
-        QTest::newRow(name) << QString::fromLatin1(script) << sleeps;
-    };
-
     row("daemon that sleeps beside an idle prompt", R"(
 import threading, time
 def work(): time.sleep(60)
@@ -319,13 +303,6 @@ _thread.start_new_thread(work, ())
 print('reached')
 )",
         false);
-}
-
-void TestClosingThreads::scripts()
-{
-    QFETCH(QString, script);
-    QFETCH(bool, sleeps);
-    QCOMPARE(test->closeWhile(script, sleeps, ClosingLimits::variantRounds()), QString());
 }
 
 /// It can be ended, and is otherwise what it always was.
