@@ -208,7 +208,7 @@ void TestChannel::withoutPower()
 {
     ChannelBench bench;
     QVERIFY(bench.rampedTo("1000"));
-    bench.module.setPowered(false, bench.now);
+    bench.module.setPowered(false, {}, bench.now);
     QCOMPARE(bench.text("Status.runningState"), QStringLiteral("disabled"));
     QCOMPARE(bench.number("Status.voltageMeasure"), 0.0);
     QCOMPARE(bench.write("Control.on", "1"), TarnResult::Failed);

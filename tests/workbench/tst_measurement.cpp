@@ -170,7 +170,7 @@ void TestMeasurement::nothingIsMeasuredWithoutPower()
     ModuleLayout layout = noisyModule();
     layout.measurement.voltageOffset = 5;
     ChannelBench bench(layout);
-    bench.module.setPowered(false, bench.now);
+    bench.module.setPowered(false, {}, bench.now);
     QCOMPARE(bench.number("Status.voltageMeasure"), 0.0);
 }
 

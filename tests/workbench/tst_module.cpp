@@ -166,7 +166,7 @@ void TestModule::warmsWithThePowerOfItsOutputs()
     bench.advance(120);
     QVERIFY(
         isWithin(bench.moduleText("Status.temperature").toDouble() - cold, 12.5 * std::exp(-1), OnePercent));
-    bench.module.setPowered(false, bench.now);
+    bench.module.setPowered(false, {}, bench.now);
     bench.advance(3600);
     QVERIFY(isWithin(bench.moduleText("Status.temperature").toDouble(), 23, OnePercent));
 }

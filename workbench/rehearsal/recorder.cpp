@@ -178,6 +178,9 @@ void Recorder::take(const JournalEntry &entry)
     case JournalEntry::Error:
         takeEvent(entry);
         break;
+    case JournalEntry::SwitchedOff:
+        listEvent(entry, entry.item);
+        break;
     case JournalEntry::FaultBegins:
     case JournalEntry::FaultEnds:
         takeFault(entry);

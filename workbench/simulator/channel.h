@@ -38,6 +38,8 @@ namespace simulator
 ///   raises "Error.arc" and "Event.arcError" and switches the channel off without a ramp. Nothing sparks without voltage.
 /// - Bounds are looked at while the channel is on and not ramping. Emergency off is left by writing false; until then the
 ///   channel cannot be switched on.
+/// - The journal has an entry for each occurrence of an event or an error, pending or not, and one for each channel that
+///   is switched off by something else than a write to it.
 /// - Events and errors that are cleared while their cause lasts come back at once.
 /// - "Control.channelEventMask" has a bit for each ChannelCondition; an event whose bit is 0 is raised, but counts only
 ///   at the channel. Errors always count.
@@ -60,7 +62,7 @@ public:
     TarnResult write(const ItemDefinition &item, const ItemValue &value, double now);
 
     /// Off at once, without a ramp.
-    void dropOut(double now);
+    void dropOut(const SwitchOffCause &cause, double now);
 
     /// A fault of the channel's level begins or ends.
     void applyFault(const Fault &fault, bool begins, double now);
@@ -127,7 +129,10 @@ private:
     /// Brings everything up to date after something has changed.
     void settle(double now);
     void protect(double now);
+    /// Moments.
     void raise(quint32 events, quint32 errors, double now);
+    /// What is the case.
+    void raiseLive(quint32 live, double now);
     RunningCounts counts() const;
     void contribute();
     void plan(double now);
@@ -143,6 +148,9 @@ private:
     void cutOff(double now);
     void switchOff(double now);
     void trip(double now);
+    /// Carries out what the protection asks for; `condition` is why.
+    void takeDown(int action, ChannelCondition condition, double now);
+    void enterSwitchedOff(const SwitchOffCause &cause, double now);
     void spark(double now);
     void drawSpark(double now);
     bool mayBeSwitchedOn() const;
@@ -160,6 +168,7 @@ private:
     ItemState state;
     float powerShare = 0;
     quint32 draws = 0; // of chance
+    quint32 entered = 0; // bits of ChannelCondition that are the case and in the journal
     quint16 sparksLeft = 0; // of a fault
     quint8 arcs = 0; // since the errors were cleared
     quint8 crossed = 0; // bits of Watch

@@ -30,6 +30,13 @@ struct ChannelEnvironment
     bool kill = false;
 };
 
+/// Why channels are switched off by something else than a write to them. Plain data.
+struct SwitchOffCause
+{
+    QString item; ///< that says it: "Error.currentTrip"; or was written by somebody: "Control.power"
+    ObjectAddress object; ///< whose item that is
+};
+
 /// The module, as its channels see it.
 class ChannelHost
 {
@@ -41,7 +48,7 @@ public:
     /// An entry with the time and the channel's place.
     virtual JournalEntry entryFor(const Channel &channel, double now) const = 0;
     /// All channels off, without a ramp. Comes back to the channel that asks.
-    virtual void shutDown(double now) = 0;
+    virtual void shutDown(const SwitchOffCause &cause, double now) = 0;
     virtual RunningSummary &summaryOfChannels() = 0;
     /// What the channel's output gives has changed for good.
     virtual void heatChanged(double now) = 0;

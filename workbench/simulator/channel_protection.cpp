@@ -37,21 +37,14 @@ constexpr quint32 ErrorConditions = LimitConditions | bit(Condition::CurrentTrip
     | bit(Condition::ExternalInhibit) | bit(Condition::VoltageBoundExceeded)
     | bit(Condition::CurrentBoundExceeded) | bit(Condition::Emergency);
 
-enum TripAction
+/// What a trip or an inhibit leads to.
+enum ProtectiveAction
 {
-    NoTripAction = 0,
-    TripRampsDown = 1,
-    TripCutsOff = 2,
-    TripShutsModuleDown = 3,
-    TripDisabled = 4
-};
-
-enum InhibitAction
-{
-    NoInhibitAction = 0,
-    InhibitRampsDown = 1,
-    InhibitCutsOff = 2,
-    InhibitShutsModuleDown = 3
+    NoAction = 0,
+    RampsDown = 1,
+    CutsOff = 2,
+    ShutsModuleDown = 3,
+    TripDisabled = 4 // of a trip alone
 };
 
 quint8 key(Setting setting)
@@ -75,8 +68,9 @@ Channel::Channel(const LoadLayout &load, ChannelHost &channelHost)
       arcing(false)
 { }
 
-void Channel::dropOut(double now)
+void Channel::dropOut(const SwitchOffCause &cause, double now)
 {
+    enterSwitchedOff(cause, now);
     cutOff(now);
     settle(now);
 }
@@ -194,29 +188,39 @@ void Channel::protect(double now)
             turn(now, [&] { output.cutOff(now); });
         updateWatches(now);
         const quint32 live = conditions();
-        raise(live & EventConditions, live & ErrorConditions, now);
+        raiseLive(live, now);
         if (!on)
             return;
-        const int inhibitAction = setting(Setting::ExternalInhibitAction, NoInhibitAction);
-        const bool isKilled = (live & LimitConditions) != 0 && environment().kill;
-        if (isKilled || (inhibited && inhibitAction == InhibitCutsOff))
-            cutOff(now);
-        else if (inhibited && inhibitAction == InhibitRampsDown)
-            switchOff(now);
-        else if (inhibited && inhibitAction == InhibitShutsModuleDown)
-            host->shutDown(now);
-        else
+        if ((live & LimitConditions) != 0 && environment().kill) {
+            const bool isVoltage = (live & bit(Condition::VoltageLimitExceeded)) != 0;
+            takeDown(CutsOff, isVoltage ? Condition::VoltageLimitExceeded : Condition::CurrentLimitExceeded,
+                     now);
+            continue;
+        }
+        const int action = inhibited ? setting(Setting::ExternalInhibitAction, NoAction) : NoAction;
+        if (action == NoAction)
             return;
+        takeDown(action, Condition::ExternalInhibit, now);
     }
 }
 
 void Channel::raise(quint32 events, quint32 errors, double now)
 {
-    const quint32 newEvents = state.latch.raiseEvents(events);
-    const quint32 newErrors = state.latch.raiseErrors(errors);
-    if ((newEvents | newErrors) != 0)
-        enterRaised(host->plantRun().journal, host->entryFor(*this, now), channelItems(), newEvents,
-                    newErrors);
+    state.latch.raiseEvents(events);
+    state.latch.raiseErrors(errors);
+    entered |= events | errors;
+    enterRaised(host->plantRun().journal, host->entryFor(*this, now), channelItems(), events, errors);
+}
+
+void Channel::raiseLive(quint32 live, double now)
+{
+    const quint32 begun = live & ~entered;
+    entered = live;
+    state.latch.raiseEvents(live & EventConditions);
+    state.latch.raiseErrors(live & ErrorConditions);
+    if ((begun & (EventConditions | ErrorConditions)) != 0)
+        enterRaised(host->plantRun().journal, host->entryFor(*this, now), channelItems(),
+                    begun & EventConditions, begun & ErrorConditions);
 }
 
 RunningCounts Channel::counts() const
@@ -287,7 +291,7 @@ void Channel::plan(double now)
         dueKind = kind;
         dueDetail = detail;
     };
-    if (limited && !tripped && setting(Setting::DelayedTripAction, NoTripAction) != TripDisabled)
+    if (limited && !tripped && setting(Setting::DelayedTripAction, NoAction) != TripDisabled)
         consider(limitedSince + tripTime(), Due::Trip, 0);
     if (arcing)
         consider(arcEnd, Due::ArcEnds, 0);
@@ -394,15 +398,38 @@ void Channel::trip(double now)
 {
     tripped = true;
     raise(bit(Condition::CurrentTrip), bit(Condition::CurrentTrip), now);
-    int action = setting(Setting::DelayedTripAction, NoTripAction);
-    if (environment().kill && action < TripCutsOff)
-        action = TripCutsOff;
-    if (action == TripRampsDown)
+    int action = setting(Setting::DelayedTripAction, NoAction);
+    if (environment().kill && action < CutsOff)
+        action = CutsOff;
+    if (action != NoAction)
+        takeDown(action, Condition::CurrentTrip, now);
+}
+
+void Channel::takeDown(int action, ChannelCondition condition, double now)
+{
+    const SwitchOffCause cause{channelItems().nameOf(ItemSource::Error, static_cast<quint8>(condition)),
+                               host->entryFor(*this, now).object};
+    if (action == ShutsModuleDown) {
+        host->shutDown(cause, now);
+        return;
+    }
+    enterSwitchedOff(cause, now);
+    if (action == RampsDown)
         switchOff(now);
-    else if (action == TripCutsOff)
+    else
         cutOff(now);
-    else if (action == TripShutsModuleDown)
-        host->shutDown(now);
+}
+
+void Channel::enterSwitchedOff(const SwitchOffCause &cause, double now)
+{
+    if (!on && !output.isRamping())
+        return; // it was off
+    JournalEntry entry = host->entryFor(*this, now);
+    entry.kind = JournalEntry::SwitchedOff;
+    entry.item = cause.item;
+    if (cause.object != entry.object)
+        entry.text = placeName(cause.object);
+    host->plantRun().journal.add(std::move(entry));
 }
 
 void Channel::spark(double now)
@@ -421,7 +448,7 @@ void Channel::spark(double now)
         return;
     arcs = MostArcs;
     raise(bit(Condition::ArcError), bit(Condition::Arc), now);
-    cutOff(now);
+    takeDown(CutsOff, Condition::Arc, now);
 }
 
 void Channel::rampTo(double target, double now)
@@ -460,7 +487,7 @@ void Channel::switchOff(double now)
 bool Channel::mayBeSwitchedOn() const
 {
     return !emergency && environment().mayBeOn
-        && !(inhibited && setting(Setting::ExternalInhibitAction, NoInhibitAction) != NoInhibitAction);
+        && !(inhibited && setting(Setting::ExternalInhibitAction, NoAction) != NoAction);
 }
 
 } // namespace simulator

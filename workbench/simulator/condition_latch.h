@@ -11,20 +11,8 @@ namespace simulator
 class ConditionLatch
 {
 public:
-    /// The conditions that were not pending before.
-    quint32 raiseEvents(quint32 conditions)
-    {
-        const quint32 added = conditions & ~pendingEvents;
-        pendingEvents |= conditions;
-        return added;
-    }
-
-    quint32 raiseErrors(quint32 conditions)
-    {
-        const quint32 added = conditions & ~pendingErrors;
-        pendingErrors |= conditions;
-        return added;
-    }
+    void raiseEvents(quint32 conditions) { pendingEvents |= conditions; }
+    void raiseErrors(quint32 conditions) { pendingErrors |= conditions; }
 
     void clearEvents() { pendingEvents = 0; }
     void clearErrors() { pendingErrors = 0; }

@@ -197,20 +197,20 @@ TarnResult Controller::writeSystem(const ItemDefinition &item, const ItemValue &
     if (!isOwn)
         return service.write(item, value, now);
     if (value.isTrue()) {
-        dropOut(now);
+        dropOut({QString::fromLatin1(item.name), {OrbItemId::System}}, now);
         service.restart(now);
         available = which != SystemQuantity::Shutdown;
     }
     return TarnResult::Success;
 }
 
-void Controller::dropOut(double now)
+void Controller::dropOut(const SwitchOffCause &cause, double now)
 {
     for (Line &line : lines) {
         for (Crate &chassis : line.crates)
-            chassis.dropOut(now);
+            chassis.dropOut(cause, now);
         for (Module &member : line.modules)
-            member.dropOut(now);
+            member.dropOut(cause, now);
     }
 }
 

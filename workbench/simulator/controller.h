@@ -63,7 +63,7 @@ private:
     Module *module(const ObjectAddress &object) const;
     Crate *crate(const ObjectAddress &object) const;
     TarnResult writeSystem(const ItemDefinition &item, const ItemValue &value, double now);
-    void dropOut(double now);
+    void dropOut(const SwitchOffCause &cause, double now);
 
     struct Line
     {

@@ -20,6 +20,9 @@ constexpr double FullLoadRise = 10;
 constexpr double HeatTimeConstant = 300; // s
 constexpr double OrdinaryExcess = 40; // of an overheating fault that says none
 
+constexpr quint32 OffConditions =
+    bit(Condition::MainsNotGood) | bit(Condition::SupplyNotGood) | bit(Condition::TemperatureNotGood);
+
 DevicePlace placeOfModules(const DevicePlace &crate, RunningSummary &summary,
                            std::function<void(double)> heatChanged)
 {
@@ -79,10 +82,10 @@ void Crate::applyFault(const Fault &fault, bool begins, double now)
     settle(now);
 }
 
-void Crate::dropOut(double now)
+void Crate::dropOut(const SwitchOffCause &cause, double now)
 {
     for (Module &module : members)
-        module.dropOut(now);
+        module.dropOut(cause, now);
 }
 
 bool Crate::isSupplied() const
@@ -94,6 +97,11 @@ bool Crate::isAlive() const
 {
     constexpr quint32 NoSource = bit(Condition::MainsNotGood) | bit(Condition::BatteryNotGood);
     return (live & NoSource) != NoSource;
+}
+
+ObjectAddress Crate::ownPlace() const
+{
+    return {OrbItemId::Crate, place.line, ownAddress, -1};
 }
 
 void Crate::moduleHeatChanged(double now)
@@ -108,27 +116,29 @@ void Crate::moduleHeatChanged(double now)
 
 void Crate::settle(double now)
 {
+    const quint32 before = live;
     live = faults | (temperature.isGood() ? 0 : bit(Condition::TemperatureNotGood));
-    const quint32 newEvents = state.latch.raiseEvents(live);
-    const quint32 newErrors = state.latch.raiseErrors(live);
+    state.latch.raiseEvents(live);
+    state.latch.raiseErrors(live);
     JournalEntry entry;
     entry.time = now;
     entry.controller = place.controller;
-    entry.object = {OrbItemId::Crate, place.line, ownAddress, -1};
-    enterRaised(place.run->journal, entry, crateItems(), newEvents, newErrors);
+    entry.object = ownPlace();
+    enterRaised(place.run->journal, entry, crateItems(), live & ~before, live & ~before);
     if (!temperature.isGood())
         power = false;
-    supplyModules(now);
+    const auto why = static_cast<quint8>(qCountTrailingZeroBits(live & OffConditions));
+    supplyModules(crateItems().nameOf(ItemSource::Error, why), now);
     contribute();
 }
 
-void Crate::supplyModules(double now)
+void Crate::supplyModules(const QString &item, double now)
 {
     if (supplying == isSupplied())
         return;
     supplying = isSupplied();
     for (Module &module : members)
-        module.setPowered(supplying, now);
+        module.setPowered(supplying, {item, ownPlace()}, now);
     moduleHeatChanged(now);
 }
 
@@ -197,7 +207,7 @@ TarnResult Crate::writeQuantity(CrateQuantity which, const ItemValue &value, dou
         if (value.isTrue() && !temperature.isGood())
             return TarnResult::Failed;
         power = value.isTrue();
-        supplyModules(now);
+        supplyModules(QStringLiteral("Control.power"), now);
         return TarnResult::Success;
     case Quantity::ClearAll:
     case Quantity::ClearEvents:

@@ -40,7 +40,7 @@ public:
 
     /// A fault of the crate begins or ends.
     void applyFault(const Fault &fault, bool begins, double now);
-    void dropOut(double now);
+    void dropOut(const SwitchOffCause &cause, double now);
 
 private:
     bool isSupplied() const;
@@ -48,7 +48,9 @@ private:
     void moduleHeatChanged(double now);
     /// Carries out what its conditions ask for, and raises them.
     void settle(double now);
-    void supplyModules(double now);
+    /// `item` says why it is that they no longer are.
+    void supplyModules(const QString &item, double now);
+    ObjectAddress ownPlace() const;
     void contribute();
     void clear(bool events, bool errors, double now);
     ItemValue quantity(CrateQuantity which, double now) const;

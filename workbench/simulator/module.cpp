@@ -135,22 +135,22 @@ void Module::applyChannelFault(std::size_t channel, const Fault &fault, bool beg
     channels[channel].applyFault(fault, begins, now);
 }
 
-void Module::setPowered(bool isPowered, double now)
+void Module::setPowered(bool isPowered, const SwitchOffCause &cause, double now)
 {
     if (environment.isPowered == isPowered)
         return;
     if (!isPowered)
-        dropOut(now);
+        dropOut(cause, now);
     environment.isPowered = isPowered;
     for (Channel &channel : channels)
         channel.followEnvironment(now);
     heatChanged(now);
 }
 
-void Module::dropOut(double now)
+void Module::dropOut(const SwitchOffCause &cause, double now)
 {
     for (Channel &channel : channels)
-        channel.dropOut(now);
+        channel.dropOut(cause, now);
 }
 
 void Module::clearEvents(double now)
@@ -235,17 +235,20 @@ void Module::followSettings(double now)
 
 void Module::settle(double now)
 {
+    const quint32 before = live;
     live = faults | (temperature.isGood() ? 0 : bit(Condition::TemperatureNotGood));
     const bool mayBeOn = (live & OffConditions) == 0;
     if (!mayBeOn)
         live |= bit(Condition::InterlockOut);
-    const quint32 newEvents = state.latch.raiseEvents(live);
-    const quint32 newErrors = state.latch.raiseErrors(live);
-    enterRaised(place.run->journal, entry(now), moduleItems(), newEvents, newErrors);
+    state.latch.raiseEvents(live);
+    state.latch.raiseErrors(live);
+    enterRaised(place.run->journal, entry(now), moduleItems(), live & ~before, live & ~before);
     const bool wasAllowed = environment.mayBeOn;
     environment.mayBeOn = mayBeOn;
-    if (wasAllowed && !mayBeOn)
-        dropOut(now);
+    if (wasAllowed && !mayBeOn) {
+        const auto why = static_cast<quint8>(qCountTrailingZeroBits(live & OffConditions));
+        dropOut({moduleItems().nameOf(ItemSource::Error, why), entry(now).object}, now);
+    }
     contribute();
 }
 

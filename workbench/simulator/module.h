@@ -67,10 +67,10 @@ public:
     void applyFault(const Fault &fault, bool begins, double now);
     void applyChannelFault(std::size_t channel, const Fault &fault, bool begins, double now);
 
-    /// Its supply comes or goes. Without it, all channels are off at once.
-    void setPowered(bool isPowered, double now);
+    /// Its supply comes or goes. Without it, all channels are off at once; `cause` is why it goes.
+    void setPowered(bool isPowered, const SwitchOffCause &cause, double now);
     /// All channels off at once, without a ramp.
-    void dropOut(double now);
+    void dropOut(const SwitchOffCause &cause, double now);
     void clearEvents(double now);
     void clearErrors(double now);
 
@@ -83,7 +83,7 @@ private:
     PlantRun &plantRun() override { return *place.run; }
     quint32 indexOf(const Channel &channel) const override;
     JournalEntry entryFor(const Channel &channel, double now) const override;
-    void shutDown(double now) override { dropOut(now); }
+    void shutDown(const SwitchOffCause &cause, double now) override { dropOut(cause, now); }
     RunningSummary &summaryOfChannels() override { return summary; }
     void heatChanged(double now) override;
 

@@ -21,4 +21,23 @@ QString addressText(const ObjectAddress &object)
     return {};
 }
 
+QString placeName(const ObjectAddress &object)
+{
+    switch (object.level) {
+    case OrbItemId::Line:
+        return QStringLiteral("line ") + addressText(object);
+    case OrbItemId::Crate:
+        return QStringLiteral("crate ") + addressText(object);
+    case OrbItemId::Module:
+        return QStringLiteral("module ") + addressText(object);
+    case OrbItemId::Channel:
+        return QStringLiteral("channel ") + addressText(object);
+    case OrbItemId::System:
+    case OrbItemId::Undefined:
+    case OrbItemId::Item:
+        break;
+    }
+    return QStringLiteral("controller");
+}
+
 } // namespace simulator

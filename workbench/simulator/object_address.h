@@ -30,4 +30,7 @@ inline bool operator!=(const ObjectAddress &a, const ObjectAddress &b)
 /// the system.
 QString addressText(const ObjectAddress &object);
 
+/// The level and the address, "channel 0.3.7"; "controller" for the system.
+QString placeName(const ObjectAddress &object);
+
 } // namespace simulator

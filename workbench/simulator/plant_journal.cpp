@@ -23,6 +23,8 @@ QString kindName(JournalEntry::Kind kind)
         return QStringLiteral("event");
     case JournalEntry::Error:
         return QStringLiteral("error");
+    case JournalEntry::SwitchedOff:
+        return QStringLiteral("switched off");
     case JournalEntry::FaultBegins:
         return QStringLiteral("fault begins");
     case JournalEntry::FaultEnds:

@@ -20,8 +20,11 @@ struct JournalEntry
         Request, ///< a raw request came in: `text`, numbered `request`
         Answer, ///< a raw message of the answer to `request` went out: `text`, after `delay` s
         AnswerLost, ///< the transport lost it
-        Event, ///< `item` ("Event.currentTrip") became pending
-        Error, ///< `item` ("Error.currentTrip") became pending
+        Event, ///< what `item` ("Event.currentTrip") tells happened, or became the case, whether or not it was pending
+        Error, ///< likewise, of an item "Error.currentTrip"
+        SwitchedOff, ///< a channel that was on, or on its way down, was switched off, and not by a write to it. `item`
+        ///< says why: an error, or what was written to a crate or a controller; `text` is whose item that is ("module
+        ///< 0.3"), empty for the channel's own
         FaultBegins, ///< `text` is the fault's name
         FaultEnds,
         Waypoint, ///< from here on a channel takes another course, or begins or ends to ramp; `voltage`, `current` and
