@@ -2,6 +2,7 @@
 
 #include <QTest>
 
+#include <cmath>
 #include <memory>
 
 using rehearsal::Finding;
@@ -137,6 +138,27 @@ private Q_SLOTS:
         QCOMPARE(failure.time, 1.0);
         QVERIFY2(failure.text.contains(outcome) && failure.text.contains(QStringLiteral("Status.heartBeat")),
                  qPrintable(failure.text));
+    }
+
+    // The terminal shows the refusal, and whoever reads the terminal counts it.
+    void listsWhatWasRefusedAtOnceAndCountsItNot()
+    {
+        const QString reason = QStringLiteral("malformed JSON at line 1, column 1: illegal value");
+        ask(1, 4, "# a");
+        ledger->addRefusal(entry(JournalEntry::RequestRefused, 1, 4, qPrintable(reason)));
+        QVERIFY(!ledger->hasOpenRequests());
+        ask(1.5, 5, Set);
+        answer(1.6, 5, Done);
+        ledger->judge(100);
+        QCOMPARE(failures.size(), 0);
+        QCOMPARE(recording.requests.size(), std::size_t{2});
+        const rehearsal::RequestRecord &record = recording.requests.at(0);
+        QCOMPARE(record.text, QStringLiteral("# a"));
+        QCOMPARE(record.line, 1);
+        QCOMPARE(record.outcome, QStringLiteral("refused"));
+        QCOMPARE(record.answers, QStringList{reason});
+        QVERIFY(std::isnan(record.latency));
+        QCOMPARE(recording.requests.at(1).line, 2);
     }
 
     // Of several commands in a request the one that was refused.

@@ -115,6 +115,27 @@ private Q_SLOTS:
         QCOMPARE(workbench::outcomeText(entry), text);
     }
 
+    void showsWhatWasRefusedAtOnce()
+    {
+        const QString reason = QStringLiteral("malformed JSON at line 1, column 1: illegal value");
+        MessageLogModel model;
+        JournalEntry left;
+        left.kind = JournalEntry::ControllerLeft;
+        left.controller = QStringLiteral("local");
+        model.take({request(1, QStringLiteral("what is\nthis")), request(2),
+                    answer(1, reason, JournalEntry::RequestRefused), answer(2, Done), left});
+        QCOMPARE(model.rowCount(), 2);
+        QCOMPARE(cell(model, 0, MessageLogModel::RequestColumn), QStringLiteral("what is this"));
+        QCOMPARE(cell(model, 0, MessageLogModel::AnswerColumn), reason);
+        QCOMPARE(cell(model, 0, MessageLogModel::ResultColumn), QStringLiteral("refused"));
+        QVERIFY(cell(model, 0, MessageLogModel::LatencyColumn).isEmpty());
+        QCOMPARE(model.at(0).outcome(), LoggedRequest::Refused);
+        QVERIFY(model.lineOf(0).contains(reason)); // which is what the filter looks at
+        const QString details = workbench::requestDetails(model.at(0));
+        QVERIFY2(details.endsWith(QStringLiteral("Refused at once:\n") + reason), qPrintable(details));
+        QCOMPARE(cell(model, 1, MessageLogModel::ResultColumn), QStringLiteral("done"));
+    }
+
     void marksWhatIsLostByMoreThanColour()
     {
         MessageLogModel model;

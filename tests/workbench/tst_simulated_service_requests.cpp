@@ -27,6 +27,9 @@ private Q_SLOTS:
     void setTakesItsUnit();
     void refusesAtOnce_data();
     void refusesAtOnce();
+    void entersWhatItRefuses_data();
+    void entersWhatItRefuses();
+    void keepsLittleOfARequestThatIsTooLong();
     void refusesControllersThatAreNotThere();
 };
 
@@ -204,6 +207,55 @@ void TestSimulatedServiceRequests::refusesAtOnce()
     // Nothing follows: the next request's answer is the first.
     QCOMPARE(answerTo(request({command("setItem", "0.0.1", "Control.on", "0")}), 1), QStringList{True});
     QCOMPARE(listener->messageCount(), 2);
+}
+
+void TestSimulatedServiceRequests::entersWhatItRefuses_data()
+{
+    QTest::addColumn<QString>("connection");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("controller");
+    const QString good = request({command("getItem", "..", "Status.heartBeat")});
+    QTest::newRow("no JSON") << Local << QStringLiteral("what is\nthis") << Local;
+    QTest::newRow("no request") << Local << QStringLiteral("{\"t\":\"reply\"}") << Local;
+    QTest::newRow("empty") << Local << QString() << Local;
+    QTest::newRow("by its display text") << LocalText << QStringLiteral("{") << Local;
+    QTest::newRow("controller that is away") << Bench << good << Bench;
+    QTest::newRow("no such controller") << QStringLiteral("nowhere") << good << QStringLiteral("nowhere");
+}
+
+void TestSimulatedServiceRequests::entersWhatItRefuses()
+{
+    QFETCH(QString, connection);
+    QFETCH(QString, text);
+    QFETCH(QString, controller);
+    QVERIFY(service->setControllerAvailable(Bench, false));
+    clock->advance(std::chrono::seconds(3));
+    const quint64 first = service->nextJournalNumber();
+    QString reply;
+    QVERIFY(!service->rawRequest(connection, text, reply));
+    const QVector<simulator::JournalEntry> entries = service->journal(first);
+    QCOMPARE(entries.size(), 2);
+    QCOMPARE(entries.at(0).kind, simulator::JournalEntry::Request);
+    QCOMPARE(entries.at(0).text, text);
+    QCOMPARE(entries.at(1).kind, simulator::JournalEntry::RequestRefused);
+    QCOMPARE(entries.at(1).text, reply);
+    QVERIFY(entries.at(0).request != 0);
+    QCOMPARE(entries.at(1).request, entries.at(0).request);
+    for (const simulator::JournalEntry &entry : entries) {
+        QCOMPARE(entry.controller, controller);
+        QCOMPARE(entry.time, 3.0);
+    }
+    // The next one has a number of its own.
+    QVERIFY(service->rawRequest(Local, request({command("getItem", "..", "Status.heartBeat")}), reply));
+    QVERIFY(service->journal(first).at(2).request > entries.at(0).request);
+}
+
+void TestSimulatedServiceRequests::keepsLittleOfARequestThatIsTooLong()
+{
+    const QString text(3 << 20, QLatin1Char(' '));
+    QString reply;
+    QVERIFY(!service->rawRequest(Local, text, reply));
+    QCOMPARE(service->journal(0).at(0).text.size(), simulator::AnswerTransport::LongestRefusedText);
 }
 
 void TestSimulatedServiceRequests::refusesControllersThatAreNotThere()

@@ -132,6 +132,8 @@ QString pretty(const QString &text)
 
 LoggedRequest::Outcome LoggedRequest::outcome() const
 {
+    if (!refusal.isEmpty())
+        return Refused;
     const auto isLost = [](const LoggedAnswer &answer) { return answer.isLost; };
     if (std::any_of(answers.cbegin(), answers.cend(), isLost))
         return Lost;
@@ -170,6 +172,8 @@ QString requestSummary(const LoggedRequest &request)
 
 QString answerSummary(const LoggedRequest &request)
 {
+    if (!request.refusal.isEmpty())
+        return request.refusal.simplified();
     QStringList parts;
     for (const LoggedAnswer &answer : request.answers)
         parts << messageSummary(answer.text);
@@ -217,7 +221,9 @@ QString requestDetails(const LoggedRequest &request)
                      .arg(milliseconds(answer.delay))
               << pretty(answer.text);
     }
-    if (request.answers.isEmpty())
+    if (!request.refusal.isEmpty())
+        parts << QString() << tr("Refused at once:") << request.refusal;
+    else if (request.answers.isEmpty())
         parts << QString() << outcomeText(request);
     return parts.join(QLatin1Char('\n'));
 }

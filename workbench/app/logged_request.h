@@ -22,7 +22,7 @@ struct LoggedRequest
     {
         Waiting, ///< no answer yet
         Answered, ///< and carried out
-        Refused, ///< answered with anything but success
+        Refused, ///< not taken, or answered with anything but success
         Lost, ///< the transport lost some of the answer
         Dropped, ///< the controller went away before it answered
     };
@@ -32,6 +32,7 @@ struct LoggedRequest
     QString controller;
     QString text;
     QString summary; ///< as requestSummary() gives it, made once
+    QString refusal; ///< why it was not taken; empty when it was
     QVector<LoggedAnswer> answers;
     bool isDropped = false;
 
@@ -44,7 +45,7 @@ struct LoggedRequest
 /// stands.
 QString requestSummary(const LoggedRequest &request);
 
-/// What was answered, in short: the trigger's word, and the values that followed it.
+/// What was answered, in short: the trigger's word, and the values that followed it; or why the request was not taken.
 QString answerSummary(const LoggedRequest &request);
 
 /// The outcome in words, with what else there is to say about it: "done", "lost", "done, came twice".

@@ -61,6 +61,10 @@ void MessageLogModel::take(const QVector<JournalEntry> &entries)
             added.append(request);
             break;
         }
+        case JournalEntry::RequestRefused:
+            flush();
+            takeRefusal(entry);
+            break;
         case JournalEntry::Answer:
         case JournalEntry::AnswerLost:
             flush();
@@ -95,6 +99,8 @@ QString MessageLogModel::lineOf(int row) const
             break;
         case AnswerColumn: {
             QStringList texts;
+            if (!request.refusal.isEmpty())
+                texts << request.refusal.simplified();
             for (const LoggedAnswer &answer : request.answers)
                 texts << answer.text.simplified();
             cells << texts.join(QLatin1Char(' '));
@@ -213,6 +219,15 @@ void MessageLogModel::takeAnswer(const JournalEntry &entry)
     answer.text = entry.text;
     answer.isLost = entry.kind == JournalEntry::AnswerLost;
     requests[static_cast<std::size_t>(row)].answers.append(answer);
+    reportChange(row);
+}
+
+void MessageLogModel::takeRefusal(const JournalEntry &entry)
+{
+    const int row = rowOf(entry.request);
+    if (row < 0)
+        return;
+    requests[static_cast<std::size_t>(row)].refusal = entry.text;
     reportChange(row);
 }
 

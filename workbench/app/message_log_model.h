@@ -48,6 +48,7 @@ private:
     void append(const QVector<LoggedRequest> &added);
     int rowOf(quint64 request) const;
     void takeAnswer(const simulator::JournalEntry &entry);
+    void takeRefusal(const simulator::JournalEntry &entry);
     void dropWaiting(const QString &controller);
     void reportChange(int row);
 

@@ -167,6 +167,9 @@ void Recorder::take(const JournalEntry &entry)
     case JournalEntry::Request:
         ledger.addRequest(entry);
         break;
+    case JournalEntry::RequestRefused:
+        ledger.addRefusal(entry);
+        break;
     case JournalEntry::Answer:
         ledger.addAnswer(entry);
         break;

@@ -117,6 +117,14 @@ void RequestLedger::addRequest(const simulator::JournalEntry &entry)
     open.insert(entry.request, asked);
 }
 
+void RequestLedger::addRefusal(const simulator::JournalEntry &entry)
+{
+    const int index = listed.value(entry.request, -1);
+    if (index >= 0)
+        recording.requests[static_cast<std::size_t>(index)].answers.append(entry.text);
+    close(entry.request, outcomeOf(TarnResult::Failed));
+}
+
 void RequestLedger::addAnswer(const simulator::JournalEntry &entry)
 {
     const int index = listed.value(entry.request, -1);

@@ -28,6 +28,8 @@ public:
     /// The index of the listed request that the write belongs to; -1 when it is not listed.
     int addWrite(const simulator::JournalEntry &entry);
     void addRequest(const simulator::JournalEntry &entry);
+    /// Counts nothing as failed: what a terminal shows of it is judged where the terminal is read.
+    void addRefusal(const simulator::JournalEntry &entry);
     void addAnswer(const simulator::JournalEntry &entry);
     void addLostAnswer(const simulator::JournalEntry &entry);
 

@@ -53,16 +53,21 @@ void AnswerTransport::ask(const Connection &connection, const QString &text,
                           std::chrono::milliseconds serviceLatency)
 {
     PendingRequest request;
-    request.number = ++lastRequest;
+    request.number = enterRequest(connection.controller->connectionName(), text, now);
     request.connection = connection.name;
     request.commands = commands;
     request.askedAt = now;
     pathOf(*connection.controller).ask(request, serviceLatency);
+}
+
+void AnswerTransport::refuse(const QString &controller, const QString &text, const QString &reason,
+                             double now)
+{
     JournalEntry entry;
-    entry.kind = JournalEntry::Request;
-    entry.request = request.number;
-    entry.controller = connection.controller->connectionName();
-    entry.text = text;
+    entry.kind = JournalEntry::RequestRefused;
+    entry.request = enterRequest(controller, text.left(LongestRefusedText), now);
+    entry.controller = controller;
+    entry.text = reason;
     entry.time = now;
     journal.add(entry);
 }
@@ -202,6 +207,18 @@ bool AnswerTransport::makesSense(const Fault &fault)
         return false;
     return fault.kind == FaultKind::SlowAnswers ? fault.amount > 0 && fault.amount <= LongestDelay
                                                 : fault.amount <= MostAnswers;
+}
+
+quint64 AnswerTransport::enterRequest(const QString &controller, const QString &text, double now)
+{
+    JournalEntry entry;
+    entry.kind = JournalEntry::Request;
+    entry.request = ++lastRequest;
+    entry.controller = controller;
+    entry.text = text;
+    entry.time = now;
+    journal.add(entry);
+    return lastRequest;
 }
 
 AnswerPath &AnswerTransport::pathOf(const Controller &controller)

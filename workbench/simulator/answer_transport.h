@@ -23,6 +23,9 @@ class AnswerTransport
 public:
     using RealTime = AnswerPath::RealTime;
 
+    /// Of the text of a request that is not taken, as it is entered. Characters.
+    static constexpr int LongestRefusedText = 10000;
+
     /// The plant is let come to each moment at which something is carried out, before it is. Table and journal are not
     /// owned and outlive this object. `clockStartedAt` is in seconds since 1970-01-01 UTC.
     AnswerTransport(ConnectionTable &connectionTable, PlantJournal &journalEntries, const PlantLayout &layout,
@@ -31,6 +34,9 @@ public:
     /// Puts a request on its way and enters it. The connection is usable.
     void ask(const Connection &connection, const QString &text, const QVector<RequestCommand> &commands,
              double now, std::chrono::milliseconds serviceLatency);
+    /// Enters a request that is not taken, and why. `controller` is the connection name of the controller, or the name
+    /// that was asked for when there is none of it.
+    void refuse(const QString &controller, const QString &text, const QString &reason, double now);
     /// Carries out what is due up to `now`, each at its own time.
     void comeTo(double now);
     /// When to come again at the latest, so that nobody waits who looks at nothing; the latest time of all for never.
@@ -63,6 +69,8 @@ private:
         Fault fault;
     };
 
+    /// Numbers it.
+    quint64 enterRequest(const QString &controller, const QString &text, double now);
     AnswerPath &pathOf(const Controller &controller);
     void carryOut(const PendingRequest &request, Controller &controller, AnswerPath &path, double now);
     TarnResult carryOut(const RequestCommand &command, const PendingRequest &request, double now,

@@ -15,6 +15,8 @@ QString kindName(JournalEntry::Kind kind)
         return QStringLiteral("write");
     case JournalEntry::Request:
         return QStringLiteral("request");
+    case JournalEntry::RequestRefused:
+        return QStringLiteral("request refused");
     case JournalEntry::Answer:
         return QStringLiteral("answer");
     case JournalEntry::AnswerLost:

@@ -18,6 +18,7 @@ struct JournalEntry
     {
         Write, ///< a client wrote `text` to `item`, and that ended with `result`
         Request, ///< a raw request came in: `text`, numbered `request`
+        RequestRefused, ///< `request` was not taken, and has no answer: `text` says why
         Answer, ///< a raw message of the answer to `request` went out: `text`, after `delay` s
         AnswerLost, ///< the transport lost it
         Event, ///< what `item` ("Event.currentTrip") tells happened, or became the case, whether or not it was pending

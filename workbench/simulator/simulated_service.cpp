@@ -362,6 +362,9 @@ bool SimulatedService::rawRequest(const QString &controller, const QString &requ
             reply = complaint;
         else
             transport.ask(*connection, request, commands, visit.now, latency());
+        if (!reply.isEmpty())
+            transport.refuse(connection == nullptr ? controller : connection->controller->connectionName(),
+                             request, reply, visit.now);
     }
     if (!reply.isEmpty()) {
         log(1, QStringLiteral("request to %1 refused: %2").arg(quoted(controller), reply));
