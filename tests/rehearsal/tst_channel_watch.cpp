@@ -98,7 +98,10 @@ private Q_SLOTS:
                 snapshot = now;
                 return exists;
             },
-            [this](const Finding &finding) { failures.append(finding); });
+            [this](const Finding &finding) {
+                failures.append(finding);
+                recording.failures.push_back(finding);
+            });
     }
 
     void followsWhatIsTouched()
@@ -173,17 +176,63 @@ private Q_SLOTS:
         at(2, 800, Ramping);
         QCOMPARE(failures.size(), 0);
         at(3, 900, Ramping);
-        at(4, 700, Ramping);
-        at(5, 1000, Ramping);
+        at(4, 950, Ramping);
         QCOMPARE(failures.size(), 1);
         const Finding &failure = failures.constFirst();
         QCOMPARE(failure.kind, Finding::LimitCrossed);
         QCOMPARE(failure.channel, QStringLiteral("local/0.2.1"));
-        QVERIFY2(failure.text.contains(QStringLiteral("900 V")), qPrintable(failure.text));
+        QCOMPARE(failure.text,
+                 QStringLiteral("The voltage of channel local/0.2.1 crosses the limit "
+                                "\"0.2.1.voltage<=800 V\"."));
         QVERIFY(channel().crossed);
         QCOMPARE(channel().limits, (QVector<int>{0, 2}));
         QCOMPARE(channel().marks.size(), std::size_t{1});
         QCOMPARE(channel().marks.at(0).kind, rehearsal::Mark::LimitCrossed);
+        watch->finish();
+        QCOMPARE(recording.failures.at(0).text,
+                 QStringLiteral("The voltage of channel local/0.2.1 crosses the limit "
+                                "\"0.2.1.voltage<=800 V\" at 2.000 s, and comes to 950 V."));
+    }
+
+    // Back within the limit, it can be crossed again: one failure, and a mark for each.
+    void countsTheCrossingsOfALimit()
+    {
+        limit("*.voltage<=800 V");
+        touch();
+        at(1, 700, Ramping);
+        at(2, 900, Ramping);
+        at(3, 801, Ramping);
+        at(4, -700, Ramping);
+        at(5, -1000, Ramping);
+        at(6, 800, Ramping);
+        at(7, 850, Ramping);
+        QCOMPARE(failures.size(), 1);
+        QCOMPARE(channel().crossings.size(), std::size_t{1});
+        QCOMPARE(channel().crossings.at(0).limit, 0);
+        QCOMPARE(channel().crossings.at(0).count, 3);
+        QCOMPARE(channel().crossings.at(0).first, 1.5);
+        QCOMPARE(channel().crossings.at(0).highest, -1000.0);
+        QVector<double> times;
+        for (const rehearsal::Mark &mark : channel().marks)
+            times.append(mark.time);
+        QCOMPARE(times.size(), 3);
+        QCOMPARE(times.at(0), 1.5);
+        QVERIFY(times.at(1) > 4 && times.at(1) < 5);
+        QCOMPARE(times.at(2), 6.0);
+        watch->finish();
+        QVERIFY2(recording.failures.at(0).text.endsWith(
+                     QStringLiteral(" 3 times, first at 1.500 s, and comes to -1000 V.")),
+                 qPrintable(recording.failures.at(0).text));
+    }
+
+    void followsAnyNumberOfLimits()
+    {
+        for (int i = 1; i <= 40; ++i)
+            limit(qPrintable(QStringLiteral("*.voltage<=%1 V").arg(10 * i)));
+        touch();
+        at(1, 0, Ramping);
+        at(2, 1000, Ramping);
+        QCOMPARE(failures.size(), 40);
     }
 
     void tellsWhenALimitWasCrossed()
@@ -370,12 +419,30 @@ private Q_SLOTS:
     void tellsATrip()
     {
         const int index = touch();
-        watch->trip(index, 1.5, QStringLiteral("Event.currentTrip"));
+        watch->trip(index, 1.5, QStringLiteral("its protection: current trip"));
         QVERIFY(channel().tripped);
+        QVERIFY(!channel().reportedError);
         QCOMPARE(failures.size(), 1);
         QCOMPARE(failures.constFirst().kind, Finding::Trip);
         QCOMPARE(failures.constFirst().time, 1.5);
-        QVERIFY(failures.constFirst().text.contains(QStringLiteral("local/0.2.1")));
+        QCOMPARE(failures.constFirst().text,
+                 QStringLiteral("Channel local/0.2.1 was switched off by its protection: current trip."));
+    }
+
+    void tellsAnErrorOnce()
+    {
+        const int index = touch();
+        watch->error(index, 1.5, QStringLiteral("Error.currentTrip"));
+        watch->error(index, 2.5, QStringLiteral("Error.currentTrip"));
+        watch->error(index, 3.5, QStringLiteral("Error.arc"));
+        QVERIFY(!channel().tripped);
+        QVERIFY(channel().reportedError);
+        QCOMPARE(failures.size(), 2);
+        QCOMPARE(failures.constFirst().kind, Finding::Error);
+        QCOMPARE(failures.constFirst().time, 1.5);
+        QCOMPARE(failures.constFirst().channel, QStringLiteral("local/0.2.1"));
+        QVERIFY(failures.constFirst().text.contains(QStringLiteral("\"Error.currentTrip\"")));
+        QVERIFY(failures.constLast().text.contains(QStringLiteral("\"Error.arc\"")));
     }
 
     void marksAreBounded()

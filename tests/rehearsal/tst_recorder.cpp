@@ -58,6 +58,9 @@ private:
         fault.kind = kind;
         fault.controller = QStringLiteral("local");
         fault.object = channelAddress(0, 2, 1);
+        fault.object.level = simulator::faultLevel(kind);
+        if (fault.object.level == OrbItemId::Crate)
+            fault.object.address = 1000;
         QCOMPARE(service->cause(fault), TarnResult::Success);
     }
 
@@ -74,6 +77,23 @@ private:
             step(Recorder::Interval);
             recorder->poll();
         }
+    }
+
+    void rampTo(const char *volts, qint32 channel = 1)
+    {
+        write(item("Control.voltageSet", 2, channel), volts);
+        write(item("Control.on", 2, channel), "1");
+    }
+
+    /// The texts of the marks of errors and trips.
+    QStringList errorsOf(std::size_t channel) const
+    {
+        QStringList result;
+        for (const rehearsal::Mark &mark : recording.channels.at(channel).marks) {
+            if (mark.kind == rehearsal::Mark::Error)
+                result << mark.text;
+        }
+        return result;
     }
 
 private Q_SLOTS:
@@ -150,6 +170,124 @@ private Q_SLOTS:
         const auto isFault = [](const rehearsal::Mark &mark) { return mark.kind == rehearsal::Mark::Fault; };
         QCOMPARE(std::count_if(channel.marks.begin(), channel.marks.end(), isFault), 1);
         QVERIFY(!recording.events.empty());
+    }
+
+    // Its own channel says why, and so does each that fell with it.
+    void aTripTakesTheModuleDown()
+    {
+        makeRecorder();
+        recorder->beginFile(0, {});
+        write(item("Setup.delayedTripAction"), "3");
+        rampTo("400");
+        rampTo("600", 4);
+        pass(4);
+        cause(simulator::FaultKind::Short);
+        pass(1);
+        recorder->finish();
+        QCOMPARE(recording.failures.size(), std::size_t{2});
+        QCOMPARE(recording.failures.at(0).kind, Finding::Trip);
+        QCOMPARE(recording.failures.at(0).text,
+                 QStringLiteral("Channel local/0.2.1 was switched off by its protection: current trip."));
+        QCOMPARE(recording.failures.at(1).kind, Finding::Trip);
+        QCOMPARE(recording.failures.at(1).channel, QStringLiteral("local/0.2.4"));
+        QCOMPARE(recording.failures.at(1).text,
+                 QStringLiteral("Channel local/0.2.4 was switched off by protection: channel 0.2.1, "
+                                "current trip."));
+        QVERIFY(recording.channels.at(0).tripped && recording.channels.at(1).tripped);
+        QVERIFY(!recording.channels.at(0).reportedError && !recording.channels.at(1).reportedError);
+        QCOMPARE(errorsOf(0),
+                 (QStringList{QStringLiteral("Error.currentTrip"),
+                              QStringLiteral("switched off by its protection: current trip")}));
+        QCOMPARE(errorsOf(1),
+                 QStringList(QStringLiteral("switched off by protection: channel 0.2.1, current trip")));
+    }
+
+    void aFaultTakesChannelsDown_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QString>("why");
+        QTest::newRow("safety loop") << int(simulator::FaultKind::SafetyLoopOpen)
+                                     << QStringLiteral(
+                                            "switched off by protection: module 0.2, safety loop was opened");
+        QTest::newRow("mains") << int(simulator::FaultKind::MainsFailure)
+                               << QStringLiteral("switched off by protection: crate 0.1000, mains not good");
+    }
+
+    void aFaultTakesChannelsDown()
+    {
+        QFETCH(int, kind);
+        QFETCH(QString, why);
+        makeRecorder();
+        recorder->beginFile(0, {});
+        rampTo("400");
+        write(item("Control.voltageSet", 2, 4), "100"); // and never on
+        pass(4);
+        cause(static_cast<simulator::FaultKind>(kind));
+        pass(1);
+        recorder->finish();
+        QCOMPARE(recording.failures.size(), std::size_t{1});
+        QCOMPARE(recording.failures.at(0).kind, Finding::Trip);
+        QCOMPARE(recording.failures.at(0).channel, QStringLiteral("local/0.2.1"));
+        QCOMPARE(errorsOf(0), QStringList(why));
+        QVERIFY(errorsOf(1).isEmpty());
+        QVERIFY(!recording.channels.at(1).tripped);
+    }
+
+    // Nothing was switched off, so that nothing tripped.
+    void anErrorWithoutActionIsNoTrip()
+    {
+        makeRecorder();
+        recorder->beginFile(0, {});
+        rampTo("400");
+        pass(3);
+        cause(simulator::FaultKind::ExternalInhibit);
+        pass(1);
+        QCOMPARE(recording.failures.size(), std::size_t{1}); // not only at the end
+        recorder->finish();
+        QCOMPARE(recording.failures.size(), std::size_t{1});
+        QCOMPARE(recording.failures.at(0).kind, Finding::Error);
+        QCOMPARE(recording.failures.at(0).time, 3.0);
+        QVERIFY(!recording.channels.at(0).tripped);
+        QVERIFY(recording.channels.at(0).reportedError);
+        QCOMPARE(recording.channels.at(0).endState, QStringLiteral("on"));
+    }
+
+    // Somebody wanted it, and the picture tells.
+    void whoSwitchesACrateOffFailsNothing()
+    {
+        makeRecorder();
+        recorder->beginFile(0, {});
+        rampTo("400");
+        pass(3);
+        OrbItemId power(OrbItemId::Crate);
+        power.connectionName = QStringLiteral("local");
+        power.address = 1000;
+        power.itemName = QStringLiteral("Control.power");
+        write(power, "0");
+        pass(1);
+        recorder->finish();
+        QVERIFY(recording.failures.empty());
+        QVERIFY(!recording.channels.at(0).tripped);
+        const rehearsal::Mark &last = recording.channels.at(0).marks.back();
+        QCOMPARE(last.kind, rehearsal::Mark::Event);
+        QCOMPARE(last.text, QStringLiteral("switched off by \"Control.power\" of the crate 0.1000"));
+    }
+
+    void marksEveryEndOfARamp()
+    {
+        makeRecorder();
+        recorder->beginFile(0, {});
+        for (const char *const volts : {"100", "200", "300"}) {
+            rampTo(volts);
+            pass(2);
+        }
+        recorder->finish();
+        const auto isEnd = [](const rehearsal::Mark &mark) {
+            return mark.text == QLatin1String("Event.endOfRamp");
+        };
+        const std::vector<rehearsal::Mark> &marks = recording.channels.at(0).marks;
+        QCOMPARE(std::count_if(marks.begin(), marks.end(), isEnd), 3);
+        QCOMPARE(recording.channels.at(0).ramps.size(), std::size_t{3});
     }
 
     void aFaultTouchesItsChannel()

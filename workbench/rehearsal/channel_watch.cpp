@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <cmath>
 
 namespace rehearsal
@@ -17,7 +18,7 @@ constexpr int RestingAfter = 3; // looks that found nothing new
 constexpr int RestingLooks = 20; // of which one is taken
 constexpr int LeastPoints = 200;
 constexpr int MostPointsOfAll = 2000000;
-constexpr int LimitBits = 32;
+constexpr double SameValue = 1e-9; // a difference that is a floating-point number's, and no new peak
 
 QString tr(const char *text)
 {
@@ -41,8 +42,16 @@ double valueOf(const TracePoint &point, Quantity quantity)
 
 void raise(Peak &peak, double value, double time)
 {
-    if (std::abs(value) > std::abs(peak.value))
+    if (std::abs(value) > std::abs(peak.value) * (1 + SameValue))
         peak = {value, time};
+}
+
+/// Null when the channel has not crossed that limit.
+Crossings *crossingsOf(ChannelRecord &record, int limit)
+{
+    const auto found = std::find_if(record.crossings.begin(), record.crossings.end(),
+                                    [limit](const Crossings &crossings) { return crossings.limit == limit; });
+    return found == record.crossings.end() ? nullptr : &*found;
 }
 
 } // namespace
@@ -83,6 +92,7 @@ int ChannelWatch::touch(const QString &controller, const simulator::ObjectAddres
     record.currentLimit = snapshot.currentLimit;
     recording.channels.push_back(std::move(record));
     states.emplace_back();
+    states.back().isBeyond.resize(static_cast<std::size_t>(recording.channels.back().limits.size()));
     indices.insert(name, static_cast<int>(index));
     // It is looked at when the journal has told what it did until now.
     return static_cast<int>(index);
@@ -119,7 +129,7 @@ void ChannelWatch::mark(int index, const Mark &mark)
         record.marks.push_back(mark);
 }
 
-void ChannelWatch::trip(int index, double time, const QString &what)
+void ChannelWatch::trip(int index, double time, const QString &why)
 {
     ChannelRecord &record = recording.channels[static_cast<std::size_t>(index)];
     record.tripped = true;
@@ -127,7 +137,24 @@ void ChannelWatch::trip(int index, double time, const QString &what)
     finding.kind = Finding::Trip;
     finding.time = time;
     finding.channel = record.name();
-    finding.text = tr("Channel %1 reports \"%2\".").arg(finding.channel, what);
+    finding.text = tr("Channel %1 was switched off by %2.").arg(finding.channel, why);
+    report(finding);
+}
+
+void ChannelWatch::error(int index, double time, const QString &item)
+{
+    ChannelRecord &record = recording.channels[static_cast<std::size_t>(index)];
+    record.reportedError = true;
+    QStringList &told = states[static_cast<std::size_t>(index)].errors;
+    if (told.contains(item))
+        return;
+    told.append(item);
+    Finding finding;
+    finding.kind = Finding::Error;
+    finding.time = time;
+    finding.channel = record.name();
+    finding.text =
+        tr("Channel %1 reports \"%2\", and was not switched off by it.").arg(finding.channel, item);
     report(finding);
 }
 
@@ -213,30 +240,66 @@ void ChannelWatch::checkLimits(std::size_t index, const TracePoint &point)
 {
     const QVector<int> limits = recording.channels[index].limits;
     State &state = states[index];
-    for (int i = 0; i < limits.size() && i < LimitBits; ++i) {
+    for (int i = 0; i < limits.size(); ++i) {
         const Limit &limit = recording.limits.at(limits.at(i));
-        const quint32 bit = quint32{1} << static_cast<unsigned>(i);
         const double value = valueOf(point, limit.quantity);
-        if ((state.crossed & bit) != 0 || !limit.isCrossedBy(value))
+        const bool wasBeyond = state.isBeyond[static_cast<std::size_t>(i)];
+        const bool isBeyond = limit.isCrossedBy(value);
+        state.isBeyond[static_cast<std::size_t>(i)] = isBeyond;
+        if (!isBeyond)
             continue;
-        state.crossed |= bit;
-        // The straight line from the last point tells when, closer than the time from look to look.
-        const double before = std::abs(valueOf(state.last, limit.quantity));
-        double time = point.time;
-        if (state.hasPoint && before < limit.value && state.last.time < point.time)
-            time -=
-                (point.time - state.last.time) * (std::abs(value) - limit.value) / (std::abs(value) - before);
-        ChannelRecord &record = recording.channels[index];
-        record.crossed = true;
-        Finding finding;
-        finding.kind = Finding::LimitCrossed;
-        finding.time = time;
-        finding.channel = record.name();
-        finding.text = tr("The %1 of channel %2 crosses the limit \"%3\": it is %4 at %5.")
-                           .arg(quantityName(limit.quantity), finding.channel, limit.text,
-                                quantityText(limit.quantity, value), timeText(point.time));
-        mark(static_cast<int>(index), {Mark::LimitCrossed, time, -1, tr("limit %1 crossed").arg(limit.text)});
-        report(finding);
+        if (!wasBeyond) {
+            // The straight line from the last point tells when, closer than the time from look to look.
+            const double before = valueOf(state.last, limit.quantity);
+            const double span = point.time - state.last.time;
+            double time = point.time;
+            if (state.hasPoint && !limit.isCrossedBy(before)) {
+                const double rise = std::abs(value) - std::abs(before);
+                time -= span * qBound(0.0, (std::abs(value) - limit.value) / rise, 1.0);
+            }
+            cross(index, limits.at(i), time);
+        }
+        Crossings &crossings = *crossingsOf(recording.channels[index], limits.at(i));
+        if (std::abs(value) > std::abs(crossings.highest))
+            crossings.highest = value;
+    }
+}
+
+void ChannelWatch::cross(std::size_t index, int limit, double time)
+{
+    ChannelRecord &record = recording.channels[index];
+    const QString &text = recording.limits.at(limit).text;
+    mark(static_cast<int>(index), {Mark::LimitCrossed, time, -1, tr("limit %1 crossed").arg(text)});
+    Crossings *const known = crossingsOf(record, limit);
+    if (known != nullptr) {
+        ++known->count;
+        return;
+    }
+    record.crossings.push_back({limit, 1, time, 0});
+    record.crossed = true;
+    Finding finding;
+    finding.kind = Finding::LimitCrossed;
+    finding.time = time;
+    finding.channel = record.name();
+    finding.limit = limit;
+    finding.text = tr("The %1 of channel %2 crosses the limit \"%3\".")
+                       .arg(quantityName(recording.limits.at(limit).quantity), finding.channel, text);
+    report(finding);
+}
+
+void ChannelWatch::finish()
+{
+    for (Finding &finding : recording.failures) {
+        if (finding.kind != Finding::LimitCrossed)
+            continue;
+        const Limit &limit = recording.limits.at(finding.limit);
+        const auto index = static_cast<std::size_t>(indices.value(finding.channel));
+        const Crossings &crossings = *crossingsOf(recording.channels[index], finding.limit);
+        const QString highest = quantityText(limit.quantity, crossings.highest);
+        const QString often = crossings.count == 1 ? QString() : tr(" %1 times, first").arg(crossings.count);
+        finding.text = tr("The %1 of channel %2 crosses the limit \"%3\"%4 at %5, and comes to %6.")
+                           .arg(quantityName(limit.quantity), finding.channel, limit.text, often,
+                                timeText(crossings.first), highest);
     }
 }
 

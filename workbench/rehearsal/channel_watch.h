@@ -34,8 +34,10 @@ public:
     /// A channel takes another course; touches it.
     void addWaypoint(const simulator::JournalEntry &entry);
     void mark(int index, const Mark &mark);
-    /// A trip or an error of a channel.
-    void trip(int index, double time, const QString &what);
+    /// A protection switched a channel off; `why` in words.
+    void trip(int index, double time, const QString &why);
+    /// A channel reports an error, by its item's name, and was not switched off by it. Each item fails once.
+    void error(int index, double time, const QString &item);
 
     /// A channel reports that a ramp of its ended.
     void endOfRamp(int index, double time);
@@ -47,6 +49,9 @@ public:
 
     /// Whether any channel's voltage ramps, or may do so since the last look.
     bool isRamping() const;
+
+    /// Completes what was said of each crossed limit when that happened: how often, and how far.
+    void finish();
 
 private:
     /// What is needed of a channel from one look to the next.
@@ -66,12 +71,14 @@ private:
         double endOfRamp = NoTime; ///< s, since the last look
         int restingLooks = 0; ///< that found nothing new
         int looksLeftOut = 0;
-        quint32 crossed = 0; ///< bits of those of its limits that it has crossed
+        std::vector<bool> isBeyond; ///< for each of its limits
+        QStringList errors; ///< that were told
     };
 
     void takeIn(std::size_t index);
     void add(std::size_t index, const TracePoint &point);
     void checkLimits(std::size_t index, const TracePoint &point);
+    void cross(std::size_t index, int limit, double time);
     void followRamp(std::size_t index, const TracePoint &point, bool isRamping);
 
     Recording &recording;

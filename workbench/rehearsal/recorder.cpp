@@ -2,7 +2,9 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace rehearsal
 {
@@ -34,14 +36,33 @@ QString placeText(const JournalEntry &entry)
     return place.isEmpty() ? entry.controller : entry.controller + QLatin1Char('/') + place;
 }
 
-/// Whether an event or an error of a channel says that its protection acted. An emergency off is somebody's own wish.
-bool isTrip(const JournalEntry &entry)
+/// "safety loop was opened" for "Error.safetyLoopWasOpened".
+QString words(const QString &item)
 {
-    if (entry.object.level != OrbItemId::Channel)
-        return false;
-    if (entry.kind == JournalEntry::Event)
-        return entry.item == QLatin1String("Event.currentTrip");
-    return entry.item != QLatin1String("Error.emergency") && entry.item != QLatin1String("Error.currentTrip");
+    const QString name = item.mid(item.indexOf(QLatin1Char('.')) + 1);
+    QString text;
+    for (const QChar letter : name) {
+        if (letter.isUpper())
+            text += QLatin1Char(' ');
+        text += letter.toLower();
+    }
+    return text;
+}
+
+/// Whether it was not a protection but somebody who switched a crate or a controller off.
+bool isWish(const JournalEntry &switchOff)
+{
+    return switchOff.item.startsWith(QLatin1String("Control."));
+}
+
+/// What switched a channel off.
+QString causeText(const JournalEntry &switchOff)
+{
+    if (isWish(switchOff))
+        return tr("\"%1\" of the %2").arg(switchOff.item, switchOff.text);
+    const QString what = words(switchOff.item);
+    return switchOff.text.isEmpty() ? tr("its protection: %1").arg(what)
+                                    : tr("protection: %1, %2").arg(switchOff.text, what);
 }
 
 } // namespace
@@ -105,9 +126,11 @@ void Recorder::poll(bool atAllChannels)
                 add(finding);
             }
             nextEntry = entry.number + 1;
+            tellErrors(entry.time);
             take(entry);
         }
     } while (entries.size() == EntriesAtOnce);
+    tellErrors(std::numeric_limits<double>::infinity());
     ledger.judge(now());
     watch.takeIn();
 }
@@ -123,6 +146,7 @@ void Recorder::finish()
     // Twice: what is touched now is looked at only then.
     poll();
     poll(true);
+    watch.finish();
     recording.duration = now();
 }
 
@@ -182,7 +206,7 @@ void Recorder::take(const JournalEntry &entry)
         takeEvent(entry);
         break;
     case JournalEntry::SwitchedOff:
-        listEvent(entry, entry.item);
+        takeSwitchOff(entry);
         break;
     case JournalEntry::FaultBegins:
     case JournalEntry::FaultEnds:
@@ -216,8 +240,35 @@ void Recorder::takeEvent(const JournalEntry &entry)
     watch.mark(channel, {kind, entry.time, -1, entry.item});
     if (entry.item == QLatin1String("Event.endOfRamp"))
         watch.endOfRamp(channel, entry.time);
-    if (isTrip(entry))
-        watch.trip(channel, entry.time, entry.item);
+    // An emergency off is somebody's own wish.
+    if (kind == Mark::Error && entry.item != QLatin1String("Error.emergency"))
+        errors.push_back({channel, entry.time, entry.item});
+}
+
+void Recorder::takeSwitchOff(const JournalEntry &entry)
+{
+    const QString cause = causeText(entry);
+    const QString text = tr("switched off by %1").arg(cause);
+    listEvent(entry, text);
+    const int channel = watch.touch(entry.controller, entry.object);
+    if (channel < 0)
+        return;
+    watch.mark(channel, {isWish(entry) ? Mark::Event : Mark::Error, entry.time, -1, text});
+    if (isWish(entry))
+        return;
+    // The errors of that moment are why.
+    const auto isOfChannel = [channel](const ChannelError &error) { return error.channel == channel; };
+    errors.erase(std::remove_if(errors.begin(), errors.end(), isOfChannel), errors.end());
+    watch.trip(channel, entry.time, cause);
+}
+
+void Recorder::tellErrors(double time)
+{
+    if (errors.empty() || !(errors.front().time < time))
+        return;
+    for (const ChannelError &error : errors)
+        watch.error(error.channel, error.time, error.item);
+    errors.clear();
 }
 
 void Recorder::takeFault(const JournalEntry &entry)

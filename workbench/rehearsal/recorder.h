@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace rehearsal
 {
@@ -53,9 +54,19 @@ public:
     void addTranscript(TranscriptLine::Kind kind, const QString &text);
 
 private:
+    struct ChannelError
+    {
+        int channel = 0; ///< index in the recording
+        double time = 0; ///< s
+        QString item;
+    };
+
     void poll(bool atAllChannels);
     void take(const simulator::JournalEntry &entry);
     void takeEvent(const simulator::JournalEntry &entry);
+    void takeSwitchOff(const simulator::JournalEntry &entry);
+    /// Tells of errors from before `time` that have switched nothing off.
+    void tellErrors(double time);
     void takeFault(const simulator::JournalEntry &entry);
     void listEvent(const simulator::JournalEntry &entry, const QString &text);
 
@@ -66,6 +77,7 @@ private:
     RequestLedger ledger;
     ChannelWatch watch;
     quint64 nextEntry = 0;
+    std::vector<ChannelError> errors; ///< of which it is not known yet whether they switch their channels off
     FileRecord *file = nullptr; ///< that runs
     QString fileName; ///< that ran last
     bool hasFailed = false; ///< something, since the file began

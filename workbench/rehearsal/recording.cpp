@@ -21,6 +21,8 @@ QString findingName(Finding::Kind kind)
         return QStringLiteral("limit");
     case Finding::Trip:
         return QStringLiteral("trip");
+    case Finding::Error:
+        return QStringLiteral("error");
     case Finding::Script:
         return QStringLiteral("script");
     case Finding::Run:

@@ -26,7 +26,8 @@ struct Finding
         Request, ///< a request or a write was refused or denied, or there is no such item
         TimeOut, ///< a request was not answered in time
         LimitCrossed,
-        Trip, ///< a channel's protection switched it off, or reported an error
+        Trip, ///< a protection switched a channel off: its own, another channel's, its module's or its crate's
+        Error, ///< a channel reports an error, and was not switched off by it
         Script, ///< a script does not compile, raised, exited with a code, or waits for a line
         Run, ///< the rehearsal itself could not go on
         Warning,
@@ -37,10 +38,11 @@ struct Finding
     QString file; ///< empty for none
     int line = 0; ///< of the file, from 1 on; 0 for none
     QString channel; ///< "local/0.1.2"; empty for none
+    int limit = -1; ///< that was crossed, among the recording's
     QString text; ///< a sentence; of a script several lines
 };
 
-/// "request", "timeout", "limit", "trip", "script", "run", "warning".
+/// "request", "timeout", "limit", "trip", "error", "script", "run", "warning".
 QString findingName(Finding::Kind kind);
 
 /// Something that happened to a channel, to be marked in its picture. Plain data.
@@ -77,6 +79,15 @@ struct Peak
     double time = 0; ///< s
 };
 
+/// How often a channel crossed a limit, and how far it came. Plain data.
+struct Crossings
+{
+    int limit = 0; ///< among the recording's
+    int count = 0; ///< one more after each return to within the limit
+    double first = NoTime; ///< s
+    double highest = 0; ///< V or A with its sign, by its magnitude
+};
+
 /// A channel that was touched: named by a write, or hit by an event, a fault or a new course. Plain data.
 struct ChannelRecord
 {
@@ -96,7 +107,9 @@ struct ChannelRecord
     std::vector<Mark> marks;
     int marksLeftOut = 0;
     QVector<int> limits; ///< indices of those that hold for it
-    bool tripped = false;
+    std::vector<Crossings> crossings; ///< of those that it crossed
+    bool tripped = false; ///< switched off by a protection
+    bool reportedError = false; ///< that did not switch it off
     bool crossed = false; ///< any limit
     QString endState; ///< "on", "off", "ramping", at the end
 

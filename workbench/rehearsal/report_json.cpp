@@ -57,6 +57,14 @@ QJsonObject limitObject(const Limit &limit)
             {QStringLiteral("value"), number(limit.value)}};
 }
 
+QJsonObject crossingsObject(const Crossings &crossings, const Limit &limit)
+{
+    return {{QStringLiteral("limit"), limit.text},
+            {QStringLiteral("count"), crossings.count},
+            {QStringLiteral("first"), number(crossings.first)},
+            {QStringLiteral("highest"), number(crossings.highest)}};
+}
+
 QJsonObject fileObject(const FileRecord &file)
 {
     return {{QStringLiteral("name"), file.name},
@@ -138,7 +146,13 @@ QJsonObject channelObject(const ChannelRecord &channel, const QVector<Limit> &li
             {QStringLiteral("voltagePeak"), peakObject(channel.voltage)},
             {QStringLiteral("currentPeak"), peakObject(channel.current)},
             {QStringLiteral("crossedLimit"), channel.crossed},
+            {QStringLiteral("crossings"),
+             arrayOf(channel.crossings,
+                     [&](const Crossings &crossings) {
+                         return crossingsObject(crossings, limits.at(crossings.limit));
+                     })},
             {QStringLiteral("tripped"), channel.tripped},
+            {QStringLiteral("reportedError"), channel.reportedError},
             {QStringLiteral("endState"), channel.endState},
             {QStringLiteral("ramps"), arrayOf(channel.ramps, rampObject)},
             {QStringLiteral("marks"), arrayOf(channel.marks, markObject)},
