@@ -286,6 +286,8 @@ QString channelPicture(const Recording &recording, std::size_t channel)
     QString heading = html(tr("Channel %1").arg(record.name()));
     if (record.tripped)
         heading += QStringLiteral(" <span class=\"state bad\">%1</span>").arg(html(tr("✖ tripped")));
+    if (record.reportedError)
+        heading += QStringLiteral(" <span class=\"state bad\">%1</span>").arg(html(tr("✖ error")));
     if (record.crossed)
         heading += QStringLiteral(" <span class=\"state bad\">%1</span>").arg(html(tr("▲ limit crossed")));
     return QStringLiteral(
