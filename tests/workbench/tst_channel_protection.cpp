@@ -116,7 +116,7 @@ void TestChannelProtection::tripsAgain()
 {
     OverloadBench bench;
     bench.advance(10);
-    QVERIFY(bench.set("Control.clearAll", "1"));
+    QCOMPARE(bench.write("Control.clearAll", "1"), TarnResult::Failed);
     QVERIFY(bench.isTrue("Event.currentTrip")); // the current still is at its limit
     QVERIFY(bench.set("Control.currentSet", "0.004"));
     QVERIFY(!bench.isTrue("Status.currentTrip"));
@@ -348,9 +348,18 @@ void TestChannelProtection::clearingWhatStillIsTheCase()
     bench.fault(fault, true);
     bench.advance(1);
     QVERIFY(bench.isTrue(event.constData()));
-    QVERIFY(bench.set("Control.clearAll", "1"));
+    QVERIFY(bench.isTrue("Event.endOfRamp"));
+    const int entries = bench.entriesOf(event.constData());
+    QCOMPARE(bench.write("Control.clearAll", "1"), TarnResult::Failed);
+    QCOMPARE(bench.write("Control.clearEvents", "1"), TarnResult::Failed);
+    QCOMPARE(bench.write("Control.clearErrors", "1"), TarnResult::Failed);
+    QCOMPARE(bench.write("Control.clearAll", "0"), TarnResult::Success); // which asks for nothing
     QVERIFY(bench.isTrue(event.constData()));
     QVERIFY(bench.isTrue(error.constData()));
+    QVERIFY(!bench.isTrue("Event.endOfRamp")); // what is over is cleared all the same
+    QVERIFY(!bench.isTrue("Event.inputError"));
+    QCOMPARE(bench.number("Status.errorCounter"), 1.0);
+    QCOMPARE(bench.entriesOf(event.constData()), entries);
     bench.fault(fault, false);
     bench.advance(1);
     QVERIFY(bench.isTrue(event.constData()));

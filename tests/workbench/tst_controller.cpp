@@ -223,6 +223,12 @@ void TestController::clearing()
     QFETCH(bool, clearsEvents);
     QFETCH(bool, clearsErrors);
     ControllerBench bench;
+    for (const ObjectAddress &channel : {Channel00, Channel31})
+        QVERIFY(bench.set(channel, "Control.emergency", "1"));
+    QVERIFY(!bench.set(atCrate ? Crate1000 : Module0, item.constData(), "1")); // both last
+    QVERIFY(bench.set(Channel00, "Control.emergency", "0"));
+    // What lasts at another module hinders the crate's alone.
+    QCOMPARE(bench.set(atCrate ? Crate1000 : Module0, item.constData(), "1"), !atCrate);
     for (const ObjectAddress &channel : {Channel00, Channel31}) {
         QVERIFY(bench.set(channel, "Control.emergency", "1"));
         QVERIFY(bench.set(channel, "Control.emergency", "0"));

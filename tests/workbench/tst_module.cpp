@@ -21,6 +21,8 @@ private Q_SLOTS:
     void ownEventsCountUnlessMasked();
     void severalCausesKeepItOff();
     void settingsHoldWhileItIsOff();
+    void clearingChannels_data();
+    void clearingChannels();
     void clearingWhatStillIsTheCase();
     void warmsWithThePowerOfItsOutputs();
     void overheatsUnderLoad();
@@ -134,11 +136,41 @@ void TestModule::settingsHoldWhileItIsOff()
     QCOMPARE(bench.number("Status.voltageMeasure"), 500.0);
 }
 
+void TestModule::clearingChannels_data()
+{
+    QTest::addColumn<QByteArray>("item");
+    QTest::newRow("events") << QByteArray("Control.clearEvents");
+    QTest::newRow("errors") << QByteArray("Control.clearErrors");
+    QTest::newRow("all") << QByteArray("Control.clearAll");
+}
+
+// What lasts at one channel refuses it, and is no hindrance to the others.
+void TestModule::clearingChannels()
+{
+    QFETCH(QByteArray, item);
+    ChannelBench bench(moduleOf(resistiveLoad(Load), 3));
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+        QVERIFY(bench.set("Control.emergency", "1", channel));
+        if (channel != 1)
+            QVERIFY(bench.set("Control.emergency", "0", channel));
+    }
+    QVERIFY(!bench.setModule(item.constData(), "1"));
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+        QCOMPARE(bench.isTrue("Event.emergency", channel), channel == 1 || item.endsWith("Errors"));
+        QCOMPARE(bench.isTrue("Error.emergency", channel), channel == 1 || item.endsWith("Events"));
+    }
+    QVERIFY(bench.set("Control.emergency", "0", 1));
+    QVERIFY(bench.setModule(item.constData(), "1"));
+    QCOMPARE(bench.isTrue("Event.emergency", 1), item.endsWith("Errors"));
+    QCOMPARE(bench.isTrue("Error.emergency", 1), item.endsWith("Events"));
+}
+
 void TestModule::clearingWhatStillIsTheCase()
 {
     ChannelBench bench;
     bench.fault(FaultKind::SafetyLoopOpen, true);
-    QVERIFY(bench.setModule("Control.clearAll", "1"));
+    for (const char *item : {"Control.clearAll", "Control.clearEvents", "Control.clearErrors"})
+        QVERIFY2(!bench.setModule(item, "1"), item);
     QCOMPARE(bench.moduleText("Event.safetyLoopWasOpened"), QStringLiteral("true"));
     QCOMPARE(bench.moduleText("Error.safetyLoopWasOpened"), QStringLiteral("true"));
     bench.fault(FaultKind::SafetyLoopOpen, false);

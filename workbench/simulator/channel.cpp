@@ -62,17 +62,19 @@ void Channel::followModuleCurrentRampspeed()
     state.settings.remove(key(Setting::CurrentRampspeedDown));
 }
 
-void Channel::clearEvents(double now)
+bool Channel::clearEvents(double now)
 {
     state.latch.clearEvents(); // what still is the case is raised again at once
     settle(now);
+    return (state.latch.events() & ErrorConditions) == 0;
 }
 
-void Channel::clearErrors(double now)
+bool Channel::clearErrors(double now)
 {
     state.latch.clearErrors();
     arcs = 0;
     settle(now);
+    return state.latch.errors() == 0;
 }
 
 ChannelSnapshot Channel::snapshot(double now) const
@@ -207,11 +209,7 @@ TarnResult Channel::writeQuantity(ChannelQuantity which, const ItemValue &value,
     case Quantity::ClearAll:
     case Quantity::ClearEvents:
     case Quantity::ClearErrors:
-        if (value.isTrue() && which != Quantity::ClearErrors)
-            clearEvents(now);
-        if (value.isTrue() && which != Quantity::ClearEvents)
-            clearErrors(now);
-        return TarnResult::Success;
+        return value.isTrue() ? clear(which, now) : TarnResult::Success;
     case Quantity::VoltageSet:
         if (value.number < 0 || value.number > environment().voltageLimit)
             return refuseInput(now);
@@ -245,6 +243,14 @@ TarnResult Channel::writeQuantity(ChannelQuantity which, const ItemValue &value,
     default:
         return TarnResult::Denied; // the others can only be read
     }
+}
+
+TarnResult Channel::clear(ChannelQuantity which, double now)
+{
+    const bool areEventsClear = which == Quantity::ClearErrors || clearEvents(now);
+    const bool areErrorsClear = which == Quantity::ClearEvents || clearErrors(now);
+    // No input error: that would be one more event to clear.
+    return areEventsClear && areErrorsClear ? TarnResult::Success : TarnResult::Failed;
 }
 
 TarnResult Channel::writeRampspeed(ChannelQuantity which, double speed, double now)

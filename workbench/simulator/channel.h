@@ -40,7 +40,9 @@ namespace simulator
 ///   channel cannot be switched on.
 /// - The journal has an entry for each occurrence of an event or an error, pending or not, and one for each channel that
 ///   is switched off by something else than a write to it.
-/// - Events and errors that are cleared while their cause lasts come back at once.
+/// - Clearing takes away what is over. What still is the case stays pending, which is no other occurrence; and when that
+///   is an error, or the event of one, the write is refused. Regulation and ramps are events that are no errors: a channel
+///   that is on always has some.
 /// - "Control.channelEventMask" has a bit for each ChannelCondition; an event whose bit is 0 is raised, but counts only
 ///   at the channel. Errors always count.
 /// - Without power every write is refused and the state is "disabled".
@@ -72,8 +74,10 @@ public:
     void followModuleCurrentRampspeed();
     void followEnvironment(double now);
 
-    void clearEvents(double now);
-    void clearErrors(double now);
+    /// False when an event of an error stays pending, since its cause lasts.
+    bool clearEvents(double now);
+    /// The same of the errors.
+    bool clearErrors(double now);
     ChannelSnapshot snapshot(double now) const;
 
     bool isOn() const { return on; }
@@ -107,6 +111,12 @@ private:
         SparkingVoltage,
         WatchCount
     };
+
+    /// What is an error while it is the case, as well as an event.
+    static constexpr quint32 ErrorConditions = bit(ChannelCondition::VoltageLimitExceeded)
+        | bit(ChannelCondition::CurrentLimitExceeded) | bit(ChannelCondition::CurrentTrip)
+        | bit(ChannelCondition::ExternalInhibit) | bit(ChannelCondition::VoltageBoundExceeded)
+        | bit(ChannelCondition::CurrentBoundExceeded) | bit(ChannelCondition::Emergency);
 
     struct WatchLevel
     {
@@ -155,6 +165,7 @@ private:
     void drawSpark(double now);
     bool mayBeSwitchedOn() const;
     TarnResult writeQuantity(ChannelQuantity which, const ItemValue &value, double now);
+    TarnResult clear(ChannelQuantity which, double now);
     TarnResult writeRampspeed(ChannelQuantity which, double speed, double now);
     TarnResult switchOn(bool turnOn, double now);
     TarnResult refuseInput(double now);

@@ -33,10 +33,6 @@ constexpr quint32 EventConditions = LimitConditions | bit(Condition::CurrentTrip
     | bit(Condition::Emergency) | bit(Condition::Arc) | bit(Condition::VoltageBoundLower)
     | bit(Condition::VoltageBoundUpper) | bit(Condition::VoltageRampDown) | bit(Condition::VoltageRampUp);
 
-constexpr quint32 ErrorConditions = LimitConditions | bit(Condition::CurrentTrip)
-    | bit(Condition::ExternalInhibit) | bit(Condition::VoltageBoundExceeded)
-    | bit(Condition::CurrentBoundExceeded) | bit(Condition::Emergency);
-
 /// What a trip or an inhibit leads to.
 enum ProtectiveAction
 {

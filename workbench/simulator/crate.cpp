@@ -152,19 +152,22 @@ void Crate::contribute()
     contributed = counts;
 }
 
-void Crate::clear(bool events, bool errors, double now)
+TarnResult Crate::clear(bool events, bool errors, double now)
 {
+    bool isDone = true;
     if (events)
         state.latch.clearEvents(); // what still is the case is raised again at once
     if (errors)
         state.latch.clearErrors();
     for (Module &module : members) {
         if (events)
-            module.clearEvents(now);
+            isDone = module.clearEvents(now) && isDone;
         if (errors)
-            module.clearErrors(now);
+            isDone = module.clearErrors(now) && isDone;
     }
     settle(now);
+    isDone = isDone && live == 0; // each condition is an event and an error
+    return isDone ? TarnResult::Success : TarnResult::Failed;
 }
 
 ItemValue Crate::quantity(CrateQuantity which, double now) const
@@ -212,9 +215,8 @@ TarnResult Crate::writeQuantity(CrateQuantity which, const ItemValue &value, dou
     case Quantity::ClearAll:
     case Quantity::ClearEvents:
     case Quantity::ClearErrors:
-        if (value.isTrue())
-            clear(which != Quantity::ClearErrors, which != Quantity::ClearEvents, now);
-        return TarnResult::Success;
+        return value.isTrue() ? clear(which != Quantity::ClearErrors, which != Quantity::ClearEvents, now)
+                              : TarnResult::Success;
     case Quantity::InstallFirmware:
         return value.text.trimmed().isEmpty() ? TarnResult::Failed : TarnResult::Success;
     default:

@@ -23,6 +23,8 @@ namespace simulator
 ///   "Status.temperature1" follows the heat of the modules with a time constant of five minutes, up to 10 degrees, and
 ///   decides; "Status.temperature0", at the air inlet, stays the same.
 /// - Each of these is an event and an error.
+/// - Clearing clears the crate, its modules and their channels as far as the causes are over, and is refused when one
+///   lasts anywhere among them.
 class Crate
 {
 public:
@@ -52,7 +54,7 @@ private:
     void supplyModules(const QString &item, double now);
     ObjectAddress ownPlace() const;
     void contribute();
-    void clear(bool events, bool errors, double now);
+    TarnResult clear(bool events, bool errors, double now);
     ItemValue quantity(CrateQuantity which, double now) const;
     TarnResult writeQuantity(CrateQuantity which, const ItemValue &value, double now);
 

@@ -153,20 +153,24 @@ void Module::dropOut(const SwitchOffCause &cause, double now)
         channel.dropOut(cause, now);
 }
 
-void Module::clearEvents(double now)
+bool Module::clearEvents(double now)
 {
     state.latch.clearEvents(); // what still is the case is raised again at once
+    bool isDone = true;
     for (Channel &channel : channels)
-        channel.clearEvents(now);
+        isDone = channel.clearEvents(now) && isDone;
     settle(now);
+    return isDone && state.latch.events() == 0;
 }
 
-void Module::clearErrors(double now)
+bool Module::clearErrors(double now)
 {
     state.latch.clearErrors();
+    bool isDone = true;
     for (Channel &channel : channels)
-        channel.clearErrors(now);
+        isDone = channel.clearErrors(now) && isDone;
     settle(now);
+    return isDone && state.latch.errors() == 0;
 }
 
 double Module::highestVoltage(double now) const
@@ -298,17 +302,20 @@ ItemValue Module::quantity(ModuleQuantity which, double now) const
     return {};
 }
 
+TarnResult Module::clear(ModuleQuantity which, double now)
+{
+    const bool areEventsClear = which == Quantity::ClearErrors || clearEvents(now);
+    const bool areErrorsClear = which == Quantity::ClearEvents || clearErrors(now);
+    return areEventsClear && areErrorsClear ? TarnResult::Success : TarnResult::Failed;
+}
+
 TarnResult Module::writeQuantity(ModuleQuantity which, const ItemValue &value, double now)
 {
     switch (which) {
     case Quantity::ClearAll:
     case Quantity::ClearEvents:
     case Quantity::ClearErrors:
-        if (value.isTrue() && which != Quantity::ClearErrors)
-            clearEvents(now);
-        if (value.isTrue() && which != Quantity::ClearEvents)
-            clearErrors(now);
-        return TarnResult::Success;
+        return value.isTrue() ? clear(which, now) : TarnResult::Success;
     case Quantity::InstallFirmware:
         return value.text.trimmed().isEmpty() ? TarnResult::Failed : TarnResult::Success;
     case Quantity::Adjustment:

@@ -39,6 +39,8 @@ struct DevicePlace
 ///   below 58.
 /// - An open safety loop, a supply that is not good and a temperature that is not good switch all channels off without a
 ///   ramp; none can be switched on while that lasts, and "Status.interlockOut" is true. Each is an event and an error.
+/// - Clearing clears module and channels as far as the causes are over, and is refused when one lasts, in the module or in
+///   a channel.
 /// - "Status.needService" is an error and has no other consequence.
 /// - "Control.moduleEventMask" has a bit for each ModuleCondition, "Control.moduleChannelEventMask" one for each
 ///   ChannelCondition: an event whose bit is 0 does not count at the module, the crate and the system. Errors always do.
@@ -71,8 +73,9 @@ public:
     void setPowered(bool isPowered, const SwitchOffCause &cause, double now);
     /// All channels off at once, without a ramp.
     void dropOut(const SwitchOffCause &cause, double now);
-    void clearEvents(double now);
-    void clearErrors(double now);
+    /// Those of the module and of its channels. False when the cause of one lasts.
+    bool clearEvents(double now);
+    bool clearErrors(double now);
 
     double highestVoltage(double now) const; ///< V
     /// What its outputs gave when they last turned, in parts of their nominal power, 0 to 1.
@@ -94,6 +97,7 @@ private:
     void settle(double now);
     void contribute();
     ItemValue quantity(ModuleQuantity which, double now) const;
+    TarnResult clear(ModuleQuantity which, double now);
     TarnResult writeQuantity(ModuleQuantity which, const ItemValue &value, double now);
 
     const ModuleLayout layout;
