@@ -44,7 +44,6 @@ private Q_SLOTS:
             QTest::newRow(name) << QString::fromLatin1(text) << executed << remarkedLine
                                 << QString::fromLatin1(remark);
         };
-        row("nothing", "", {});
         row("two lines", "# a\n# b\n", {1, 2});
         row("no line feed at the end", "# a\n# b", {1}, 2, "not executed");
         row("nothing but a line without a line feed", "# a", {}, 1, "not executed");
@@ -79,6 +78,31 @@ private Q_SLOTS:
         QCOMPARE(review.remarks.constFirst().line, remarkedLine);
         QVERIFY2(review.remarks.constFirst().text.contains(remark),
                  qPrintable(remarksOf(review).join(QLatin1Char(' '))));
+    }
+
+    void emptyFiles_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::newRow("nothing") << QString();
+        QTest::newRow("line feeds") << QStringLiteral("\n\n\n");
+        QTest::newRow("blanks") << QStringLiteral("  \n\t\n ");
+    }
+
+    void emptyFiles()
+    {
+        QFETCH(QString, text);
+        QCOMPARE(remarksOf(reviewCommandFile(text)),
+                 QStringList(QStringLiteral("0: The file is empty: nothing is executed.")));
+    }
+
+    // Told once, also where it is in comments.
+    void noText()
+    {
+        const QString odd = QStringLiteral("# ") + QChar(QChar::Null) + QLatin1Char('\n');
+        const CommandFileReview review = reviewCommandFile(QStringLiteral("# a\n") + odd + odd);
+        QCOMPARE(review.remarks.size(), 1);
+        QCOMPARE(review.remarks.constFirst().line, 2);
+        QVERIFY(review.remarks.constFirst().text.contains(QStringLiteral("NUL")));
     }
 
     void remarks_data()

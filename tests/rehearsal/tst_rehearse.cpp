@@ -67,6 +67,7 @@ private Q_SLOTS:
         QVERIFY2(outcome.out.contains(QStringLiteral("crosses the limit \"*.voltage<=800 V\"")),
                  qPrintable(outcome.out));
         QVERIFY(!outcome.out.contains(QStringLiteral("the limit \"0.2.1.current")));
+        QVERIFY(outcome.out.contains(QStringLiteral("at the end off; crossed a limit\n")));
         QVERIFY(QFile::exists(report + QStringLiteral("/report.html")));
 
         const QJsonObject json = RehearsalProgram::readReport(report);
@@ -154,6 +155,50 @@ private Q_SLOTS:
         QCOMPARE(found.size(), 2);
         QCOMPARE(value(found, 0, "line"), QStringLiteral("2"));
         QCOMPARE(value(found, 1, "line"), QStringLiteral("5"));
+    }
+
+    void warnsOfTheFileItself_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QString>("named");
+        const auto row = [](const char *title, const char *name, const QByteArray &content, const char *line,
+                            const char *named) {
+            QTest::newRow(title) << QString::fromLatin1(name) << content << QString::fromLatin1(line)
+                                 << QString::fromLatin1(named);
+        };
+        row("empty", "empty.txt", {}, "", "is empty");
+        row("an empty script", "empty.py", "\n", "", "is empty");
+        row("not UTF-8", "latin.txt", "# a\n# caf\xe9\n", "2", "ISO 8859-1");
+        row("no text", "binary.txt", QByteArray("# a\n# \0\n", 8), "2", "NUL");
+        row("a script that is not UTF-8", "latin.py", "a = 1\n\nprint('caf\xe9')\n", "3", "save it as UTF-8");
+    }
+
+    void warnsOfTheFileItself()
+    {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, content);
+        QFETCH(QString, line);
+        QFETCH(QString, named);
+        const auto outcome = RehearsalProgram::run(
+            {program.write(name, content), QStringLiteral("--format"), QStringLiteral("json")});
+        QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.out));
+        const QVector<QJsonObject> found = RehearsalProgram::objects(outcome, "warning");
+        QCOMPARE(found.size(), 1);
+        QCOMPARE(value(found, 0, "line"), line);
+        QVERIFY2(value(found, 0, "text").contains(named), qPrintable(value(found, 0, "text")));
+        if (content.contains("caf"))
+            QVERIFY2(outcome.out.contains(QStringLiteral("caf\u00e9")), qPrintable(outcome.out));
+    }
+
+    // Nobody who rehearses wants to know what the desktop is like.
+    void tellsNothingOfTheDesktop()
+    {
+        qunsetenv("XDG_RUNTIME_DIR");
+        const auto outcome = RehearsalProgram::run({program.write(QStringLiteral("quiet.txt"), "# quiet\n")});
+        QCOMPARE(outcome.exitCode, 0);
+        QCOMPARE(outcome.err, QString());
     }
 
     // What the review says is executed is what the terminal executes.

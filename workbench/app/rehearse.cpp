@@ -53,10 +53,12 @@ void catchSignals()
 
 QtMessageHandler defaultMessageHandler = nullptr;
 
-/// Without what is for developers, and what Qt's windowless platforms say about every window.
+/// Without what is for developers, and what Qt says of windows and desktops, of which a rehearsal has none.
 void writeMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
-    if (type != QtDebugMsg && !message.contains(QLatin1String("propagateSizeHints")))
+    const bool isOfDesktop = message.contains(QLatin1String("propagateSizeHints"))
+        || message.contains(QLatin1String("XDG_RUNTIME_DIR"));
+    if (type != QtDebugMsg && !isOfDesktop)
         defaultMessageHandler(type, context, message);
 }
 

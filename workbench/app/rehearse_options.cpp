@@ -155,9 +155,12 @@ private:
             QString error;
             file.name = name;
             file.isScript = QFileInfo(name).suffix().compare(QLatin1String("py"), Qt::CaseInsensitive) == 0;
-            if (!readTextFile(name, file.text, error))
+            TextFile content;
+            if (!readTextFile(name, content, error))
                 return refuse(
                     tr("The file \"%1\" cannot be read: %2.").arg(QDir::toNativeSeparators(name), error));
+            file.text = content.text;
+            file.foreignLine = content.foreignLine;
             options.files.push_back(std::move(file));
         }
         return true;

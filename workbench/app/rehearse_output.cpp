@@ -38,6 +38,19 @@ QString counted(int count, const QString &one, const QString &many)
     return QStringLiteral("%1 %2").arg(QString::number(count), count == 1 ? one : many);
 }
 
+/// What went wrong with a channel, behind the rest of its line; empty for nothing.
+QString verdict(const rehearsal::ChannelRecord &channel)
+{
+    QString text;
+    if (channel.tripped)
+        text += tr("; tripped");
+    if (channel.reportedError)
+        text += tr("; reported an error");
+    if (channel.crossed)
+        text += tr("; crossed a limit");
+    return text;
+}
+
 } // namespace
 
 RehearseOutput::RehearseOutput(QIODevice &device, RehearseOptions::Format format)
@@ -120,9 +133,9 @@ void RehearseOutput::printResult(const rehearsal::Recording &recording, const QS
 {
     out << QLatin1Char('\n');
     for (const rehearsal::ChannelRecord &channel : recording.channels) {
-        out << tr("%1: at most %2 and %3, at the end %4")
+        out << tr("%1: at most %2 and %3, at the end %4%5")
                    .arg(channel.name(), rehearsal::voltageText(channel.voltage.value),
-                        rehearsal::currentText(channel.current.value), channel.endState)
+                        rehearsal::currentText(channel.current.value), channel.endState, verdict(channel))
             << QLatin1Char('\n');
     }
     if (!recording.interruption.isEmpty())

@@ -142,8 +142,7 @@ void RehearseRun::execute()
     stage.output.begin(stage.recording.files.at(current),
                        options.controller.isEmpty() ? options.plant.controllers.front().displayText
                                                     : options.controller);
-    for (const rehearsal::Remark &remark : std::as_const(review.remarks))
-        warn(remark.line, remark.text);
+    warnOfFile();
     driver->edit(file().isScript ? rehearsal::wrappedScript(file().text, file().name,
                                                             outcomes.filePath(QString::number(current)))
                                  : file().text);
@@ -276,6 +275,21 @@ void RehearseRun::judgeScript()
         fail(Finding::Script, outcome.line, tr("The script exited with: %1").arg(outcome.text));
         break;
     }
+}
+
+/// Of what is odd about it, before it is executed.
+void RehearseRun::warnOfFile()
+{
+    if (file().foreignLine > 0) {
+        const QString text =
+            tr("This line is not UTF-8. The file is read as ISO 8859-1, as the terminal's editor does.");
+        const QString ofScript = tr("Python itself would read it otherwise, or refuse it: save it as UTF-8.");
+        warn(file().foreignLine, file().isScript ? text + QLatin1Char(' ') + ofScript : text);
+    }
+    if (file().isScript && file().text.trimmed().isEmpty())
+        warn(0, tr("The script is empty."));
+    for (const rehearsal::Remark &remark : std::as_const(review.remarks))
+        warn(remark.line, remark.text);
 }
 
 void RehearseRun::fail(Finding::Kind kind, int line, const QString &text)

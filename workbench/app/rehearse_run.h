@@ -78,6 +78,7 @@ private:
     void takeTranscript();
     void judgeLine(rehearsal::TranscriptLine::Kind kind, const QString &text);
     void judgeScript();
+    void warnOfFile();
     void fail(rehearsal::Finding::Kind kind, int line, const QString &text);
     void warn(int line, const QString &text);
 

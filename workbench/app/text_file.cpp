@@ -5,6 +5,8 @@
 #include <QFileInfo>
 #include <QTextCodec>
 
+#include <algorithm>
+
 namespace workbench
 {
 
@@ -16,9 +18,33 @@ QString tr(const char *text)
     return QCoreApplication::translate("workbench::TextFile", text);
 }
 
+bool isUtf8(const QByteArray &bytes)
+{
+    QTextCodec::ConverterState state;
+    QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
+    return state.invalidChars == 0 && state.remainingChars == 0;
+}
+
+int firstForeignLine(const QByteArray &bytes)
+{
+    const QList<QByteArray> lines = bytes.split('\n');
+    const auto foreign = std::find_if_not(lines.begin(), lines.end(), isUtf8);
+    return static_cast<int>(foreign - lines.begin()) + 1;
+}
+
+TextFile decode(const QByteArray &bytes)
+{
+    const QTextCodec *const codec = QTextCodec::codecForUtfText(bytes, nullptr);
+    if (codec != nullptr)
+        return {codec->toUnicode(bytes), 0};
+    if (isUtf8(bytes))
+        return {QString::fromUtf8(bytes.constData(), bytes.size()), 0}; // NUL characters and all
+    return {QString::fromLatin1(bytes.constData(), bytes.size()), firstForeignLine(bytes)};
+}
+
 } // namespace
 
-bool readTextFile(const QString &path, QString &text, QString &error)
+bool readTextFile(const QString &path, TextFile &content, QString &error)
 {
     QFile file(path);
     if (QFileInfo(path).isDir()) {
@@ -33,8 +59,7 @@ bool readTextFile(const QString &path, QString &text, QString &error)
         error = file.errorString();
         return false;
     }
-    const QByteArray bytes = file.readAll();
-    text = QTextCodec::codecForUtfText(bytes, QTextCodec::codecForName("UTF-8"))->toUnicode(bytes);
+    content = decode(file.readAll());
     error = file.errorString();
     return file.error() == QFileDevice::NoError;
 }

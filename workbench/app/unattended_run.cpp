@@ -38,10 +38,12 @@ void UnattendedRun::start()
 {
     const QString path = options.file();
     QString error;
-    if (!path.isEmpty() && !readTextFile(path, fileText, error)) {
+    TextFile content;
+    if (!path.isEmpty() && !readTextFile(path, content, error)) {
         fail(tr("The file \"%1\" cannot be read: %2.").arg(QDir::toNativeSeparators(path), error));
         return;
     }
+    fileText = content.text;
     if (!options.commandFile.isEmpty() && !fileText.isEmpty() && !fileText.endsWith(QLatin1Char('\n'))
         && !fileText.endsWith(QLatin1Char('\r'))) {
         err << tr("Note: the last line of \"%1\" has no line feed and is therefore not executed.")

@@ -93,6 +93,9 @@ public:
     {
         // The last piece has no line feed behind it.
         const int whole = lines.size() - 1;
+        const auto isBlank = [](const QString &line) { return line.trimmed().isEmpty(); };
+        if (std::all_of(lines.begin(), lines.end(), isBlank))
+            review.remarks.append({0, tr("The file is empty: nothing is executed.")});
         int at = 0;
         while (at < whole) {
             if (lines.at(at).isEmpty()) {
@@ -130,12 +133,17 @@ private:
         const QString line = lines.at(at).trimmed();
         review.executed.append({at + 1, line});
         QString remark;
-        if (line.startsWith(QLatin1String("wait ")))
+        const bool isFirstOfNoText = !hasNul && line.contains(QChar::Null);
+        if (isFirstOfNoText)
+            remark = tr("This line has a NUL character: the file is no text, or UTF-16 without a mark at its "
+                        "beginning.");
+        else if (line.startsWith(QLatin1String("wait ")))
             remark = waitRemark(line);
         else if (isRequest(line))
             remark = requestRemark(line);
         if (!remark.isEmpty())
             review.remarks.append({at + 1, remark});
+        hasNul = hasNul || isFirstOfNoText;
     }
 
     void endAt(int at)
@@ -155,6 +163,7 @@ private:
 
     const QStringList lines;
     CommandFileReview review;
+    bool hasNul = false; ///< a line so far
 };
 
 } // namespace

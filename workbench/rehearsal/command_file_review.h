@@ -16,7 +16,7 @@ struct CommandLine
 /// Something that the command terminal does and an author seldom means. Plain data.
 struct Remark
 {
-    int line = 0; ///< from 1 on
+    int line = 0; ///< from 1 on; 0 for the whole file
     QString text;
 };
 
