@@ -51,11 +51,15 @@ void look(const PlantLayout &plant)
 {
     require(!plant.controllers.empty(), "a plant has a controller");
     std::size_t channels = 0;
-    QSet<QString> names;
+    QSet<QString> names; // and texts
     for (const ControllerLayout &controller : plant.controllers) {
-        require(!controller.connectionName.isEmpty() && !names.contains(controller.connectionName),
+        require(PlantSchema::isName(controller.connectionName) && !names.contains(controller.connectionName),
                 "a controller has a name of its own");
-        names.insert(controller.connectionName);
+        require(PlantSchema::isName(controller.displayText)
+                    && (controller.displayText == controller.connectionName
+                        || !names.contains(controller.displayText)),
+                "nobody takes a controller for another one by its text");
+        names << controller.connectionName << controller.displayText;
         QSet<quint32> lines;
         for (const LineLayout &line : controller.lines) {
             require(!lines.contains(line.line), "a line has a number of its own");

@@ -4,11 +4,16 @@
 #include "workbench/simulator/fault_book.h"
 #include "workbench/simulator/pass_through_text.h"
 #include "workbench/simulator/plant_file_faults.h"
+#include "workbench/simulator/simulated_service.h"
+#include "workbench/simulator/stepped_clock.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <memory>
 
 using namespace simulator;
 
@@ -35,6 +40,9 @@ private Q_SLOTS:
     void unreadableFiles_data();
     void unreadableFiles();
     void refusedFileLeavesTheLayout();
+    void byteOrderMark();
+    void extremesCanBeRun_data();
+    void extremesCanBeRun();
     void examples_data();
     void examples();
 };
@@ -350,6 +358,88 @@ void TestPlantFile::refusedFileLeavesTheLayout()
     QCOMPARE(layout.seed, 1U);
     QVERIFY(PlantFile::parse(R"({"controllers": [{"name": "a"}]})", QStringLiteral("p"), layout, error));
     QCOMPARE(error, QString());
+}
+
+// Some editors write one.
+void TestPlantFile::byteOrderMark()
+{
+    QCOMPARE(parsed("\xef\xbb\xbf" + plantOf({})).controllers.size(), std::size_t{1});
+    PlantLayout layout;
+    QString error;
+    QVERIFY(!PlantFile::parse("\xef\xbb\xbf{\"seed\": -1}", QStringLiteral("p.json"), layout, error));
+    QVERIFY2(error.startsWith(QLatin1String("p.json:1:10: ")), qPrintable(error));
+}
+
+void TestPlantFile::extremesCanBeRun_data()
+{
+    QTest::addColumn<QByteArray>("module");
+    const QByteArray least = R"("channels": 1, "voltage": 1e-300, "current": 1e-300)";
+    const QByteArray most = R"("channels": 1, "voltage": 1e6, "current": 1000)";
+    QTest::newRow("least") << least;
+    QTest::newRow("most") << most;
+    QTest::newRow("least voltage, most current")
+        << QByteArray(R"("channels": 1, "voltage": 1e-300, "current": 1000)");
+    QTest::newRow("most voltage, least current")
+        << QByteArray(R"("channels": 1, "voltage": 1e6, "current": 1e-300)");
+    QTest::newRow("least, shorted") << least + R"(, "load": {"resistance": 1e-300})";
+    QTest::newRow("most, shorted") << most + R"(, "load": {"resistance": 1e-300, "capacitance": 1})";
+    QTest::newRow("least, insulated") << least + R"(, "load": {"resistance": 1e18, "capacitance": 1e-30})";
+    QTest::newRow("most, insulated") << most + R"(, "load": {"resistance": 1e18, "capacitance": 1e-30})";
+    QTest::newRow("next to no capacitance")
+        << most + R"(, "load": {"capacitance": 1e-300, "leakage": 1e-300})";
+    QTest::newRow("leaking") << least
+            + R"(, "load": {"leakage": 1000, "leakageDrift": 1000, "capacitance": 1})";
+    QTest::newRow("sparking") << most + R"(, "load": {"sparkInterval": 1e-300, "capacitance": 1e-9})";
+    QTest::newRow("limits of next to nothing")
+        << most + R"(, "voltageLimit": 1e-300, "currentLimit": 1e-300)";
+    QTest::newRow("slow") << most + R"(, "voltageRamp": 0.001, "currentRamp": 0.001)";
+    QTest::newRow("measured badly") << least
+            + R"(, "measurement": {"voltageNoise": 1000, "voltageOffset": -1000,
+        "voltageStep": 1e-300, "currentNoise": 1e-300, "currentOffset": 1000, "currentStep": 1000})";
+}
+
+// On, with and without a short, and off again: each value remains a number, and the plant comes to every time.
+void TestPlantFile::extremesCanBeRun()
+{
+    QFETCH(QByteArray, module);
+    const auto clock = std::make_shared<SteppedClock>();
+    SimulatedService service(clock, parsed(plantOf(R"({"modules": [{)" + module + "}]}")));
+    OrbItemId id(OrbItemId::Channel);
+    id.connectionName = QStringLiteral("local");
+    id.channel = 0;
+    const auto write = [&](const char *item, const QString &value) {
+        id.itemName = QString::fromLatin1(item);
+        return service.writeItem(id, value);
+    };
+    Fault fault;
+    fault.kind = FaultKind::Short;
+    fault.controller = QStringLiteral("local");
+    fault.object = {OrbItemId::Channel, 0, 0, 0};
+    ChannelSnapshot snapshot;
+    const auto look = [&] {
+        return service.channelSnapshot(QStringLiteral("local"), fault.object, snapshot)
+            && std::isfinite(snapshot.voltage) && std::isfinite(snapshot.current)
+            && std::abs(snapshot.voltage) <= 1e6 && std::abs(snapshot.current) <= 1e9;
+    };
+    QVERIFY(look());
+    QCOMPARE(write("Control.voltageSet", QString::number(snapshot.voltageLimit, 'g', 15)),
+             TarnResult::Success);
+    QCOMPARE(write("Control.voltageBounds", QStringLiteral("1")), TarnResult::Success);
+    QCOMPARE(write("Control.on", QStringLiteral("1")), TarnResult::Success);
+    for (const double seconds : {0.001, 1.0, 20.0}) {
+        clock->advance(
+            std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(seconds)));
+        QVERIFY(look());
+    }
+    QCOMPARE(service.cause(fault), TarnResult::Success);
+    clock->advance(std::chrono::seconds(5));
+    QVERIFY(look());
+    QCOMPARE(service.mend(fault), TarnResult::Success);
+    clock->advance(std::chrono::seconds(5));
+    QVERIFY(look());
+    QCOMPARE(write("Control.on", QStringLiteral("0")), TarnResult::Success);
+    clock->advance(std::chrono::seconds(30));
+    QVERIFY(look());
 }
 
 void TestPlantFile::examples_data()

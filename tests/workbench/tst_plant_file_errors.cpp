@@ -18,6 +18,16 @@ private Q_SLOTS:
 namespace
 {
 
+const QByteArray TextRule = "a text of 1 to 200 characters that all can be seen, or are blanks";
+const QByteArray NameRule =
+    "a name of 1 to 100 characters that all can be seen, or are blanks between others, "
+    "without \"/\", \"*\" and \"<\"";
+
+QByteArray repeated(const QByteArray &element, int count)
+{
+    return ("," + element).repeated(count).mid(1);
+}
+
 // A file whose module stands alone in its last line, from column 1 on.
 QByteArray withModule(const QByteArray &module)
 {
@@ -37,7 +47,7 @@ void TestPlantFileErrors::refused_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QString>("error");
-    const auto row = [](const char *name, const QByteArray &text, const char *error) {
+    const auto row = [](const char *name, const QByteArray &text, const QByteArray &error) {
         QTest::newRow(name) << text << QString::fromUtf8(error);
     };
     const QByteArray good = R"("channels": 2, "voltage": 1, "current": 1)";
@@ -96,8 +106,42 @@ void TestPlantFileErrors::refused_data()
         "p.json:1:41: \"local\" of a controller is 1; allowed is true or false");
     row("behind letters of several bytes", "{\"controllers\": [{\"name\": \"µµ€\", \"local\": 1}]}",
         "p.json:1:43: \"local\" of a controller is 1; allowed is true or false");
-    row("empty name", "{\"controllers\": [{\"name\": \" \"}]}",
-        "p.json:1:27: \"name\" of a controller is \" \"; allowed is a text that is not empty");
+    const auto name = [&row](const char *what, const QByteArray &json, const QByteArray &shown) {
+        row(what, "{\"controllers\": [{\"name\": \"" + json + "\"}]}",
+            "p.json:1:27: \"name\" of a controller is \"" + shown + "\"; allowed is " + NameRule);
+    };
+    const QByteArray replaced = QString(QChar::ReplacementCharacter).toUtf8();
+    name("empty name", "", "");
+    name("blank name", " ", " ");
+    name("name that is half a character", "a\\ud800", "a?");
+    name("name with the other half", "\\udc00b", "?b");
+    name("name with a line feed", "a\\nb", "a" + replaced + "b");
+    name("name with a zero", "a\\u0000b", "a" + replaced + "b");
+    name("name that changes the direction", "a\\u202eb", "a" + replaced + "b");
+    name("name with a line separator", "a\\u2028b", QString::fromUtf16(u"a\u2028b").toUtf8());
+    name("name with a slash", "a/b", "a/b");
+    name("name with an asterisk", "a*", "a*");
+    name("name with a less-than sign", "a<b", "a<b");
+    name("name with a blank at its end", "a ", "a ");
+    name("name that is too long", QByteArray(101, 'a'), QByteArray(60, 'a') + "...");
+    row("text of a controller is one, too", R"({"controllers": [{"name": "a", "text": "*"}]})",
+        "p.json:1:40: \"text\" of a controller is \"*\"; allowed is " + NameRule);
+    row("text with a tabulator", withModule("{" + good + R"(, "firmware": "a\tb"})"),
+        "p.json:2:57: \"firmware\" of a module is \"a" + replaced + "b\"; allowed is " + TextRule);
+    row("text that is too long", withModule("{" + good + R"(, "release": ")" + QByteArray(201, '1') + "\"}"),
+        "p.json:2:56: \"release\" of a module is \"" + QByteArray(60, '1') + "...\"; allowed is " + TextRule);
+    row("not a number", withModule(R"({"channels": 2, "current": 1, "voltage": "nan V"})"),
+        "p.json:2:42: \"voltage\" of a module is \"nan V\"; allowed is above 0 to 1000000 V, as a number or "
+        "as a text with its unit");
+    row("infinite", withModule(R"({"channels": 2, "current": 1, "voltage": "inf V"})"),
+        "p.json:2:42: \"voltage\" of a module is \"inf V\"; allowed is above 0 to 1000000 V, as a number or "
+        "as a text with its unit");
+    row("beyond all numbers", withModule(R"({"channels": 2, "current": 1, "voltage": "1e999 V"})"),
+        "p.json:2:42: \"voltage\" of a module is \"1e999 V\"; allowed is above 0 to 1000000 V, as a number "
+        "or "
+        "as a text with its unit");
+    row("beyond all numbers, as a number", withModule(R"({"channels": 2, "current": 1, "voltage": 1e999})"),
+        "p.json:2:47: this is not JSON: illegal number");
     row("choice", withModule("{" + good + R"(, "polarity": "both"})"),
         "p.json:2:57: \"polarity\" of a module is \"both\"; allowed is \"positive\" or \"negative\"");
     row("object", withModule("{" + good + R"(, "measurement": []})"),
@@ -136,6 +180,12 @@ void TestPlantFileErrors::refused_data()
         "p.json:1:42: there are two controllers of the name \"a\"");
     row("text twice", "{\"controllers\": [{\"name\": \"a\"}, {\"name\": \"b\", \"text\": \"a\"}]}",
         "p.json:1:55: there are two controllers of the text \"a\"");
+    row("text that is another's name",
+        "{\"controllers\": [{\"name\": \"a\", \"text\": \"b\"}, {\"name\": \"c\", \"text\": \"a\"}]}",
+        "p.json:1:68: there is a controller of the name \"a\" already");
+    row("name that is another's text",
+        "{\"controllers\": [{\"name\": \"a\", \"text\": \"b\"}, {\"name\": \"b\", \"text\": \"c\"}]}",
+        "p.json:1:55: there is a controller of the text \"b\" already");
     row("address of a controller twice",
         "{\"controllers\": [{\"name\": \"a\"}, {\"name\": \"b\", \"address\": \"127.0.0.1:8080\"}]}",
         "p.json:1:58: there are two controllers at \"127.0.0.1:8080\"");
@@ -148,9 +198,34 @@ void TestPlantFileErrors::refused_data()
     row("too many channels", withModule(R"({"count": 201, "channels": 1000, "voltage": 1, "current": 1})"),
         "p.json:2:28: with this module the plant has more than 200000 channels");
 
+    row("too many loads",
+        withModule("{" + good + ", \"load\": [" + repeated("{\"count\": 1000}", 200000) + "]}"),
+        "p.json:2:53: the loads in this list make up 200000000 channels; the module has 2");
+    row("too many crates",
+        "{\"controllers\": [{\"name\": \"a\", \"lines\": [{\"count\": 11, \"crates\": [\n{\"count\": "
+        "1000}]}]}]}",
+        "p.json:2:11: with these the plant has more than 10000 crates");
+    row("too many crates one by one",
+        "{\"controllers\": [{\"name\": \"a\", \"lines\": [{\"count\": 1000, \"crates\": ["
+            + repeated("{}", 11) + "]}]}]}",
+        "p.json:1:72: with these the plant has more than 10000 crates");
+    row("too many controllers", "{\"controllers\": [" + repeated("{}", 101) + "]}",
+        "p.json:1:17: there are 101 controllers; allowed are 100");
+    row("too many faults",
+        "{\"controllers\": [{\"name\": \"a\"}], \"faults\": ["
+            + repeated(R"({"at": 1, "fault": "disconnect"})", 10001) + "]}",
+        "p.json:1:44: there are 10001 faults; allowed are 10000");
+    row("too many messages",
+        "{\"controllers\": [{\"name\": \"a\"}], \"messages\": ["
+            + repeated(R"({"at": 1, "object": "0.3", "item": "i"})", 10001) + "]}",
+        "p.json:1:46: there are 10001 messages; allowed are 10000");
+    row("serial numbers beyond the highest",
+        withModule("{" + good + R"(, "serial": 4294967295, "count": 2})"),
+        "p.json:2:55: with \"count\" 2 the serial numbers get beyond the highest, 4294967295");
+
     row("message without an item",
         "{\"controllers\": [{\"name\": \"a\"}], \"messages\": [\n{\"at\": 1, \"object\": \"0.3\"}]}",
-        "p.json:2:1: a message needs \"item\": a text that is not empty");
+        "p.json:2:1: a message needs \"item\": " + TextRule);
     row("message to nothing",
         "{\"controllers\": [{\"name\": \"a\"}], \"messages\": [\n{\"at\": 1, \"item\": \"i\", \"object\": "
         "\"3\"}]}",

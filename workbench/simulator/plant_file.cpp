@@ -31,8 +31,7 @@ bool readText(const QString &fileName, QByteArray &text, QString &error)
     }
     if (text.size() > PlantFile::LargestFile) {
         error = QStringLiteral("%1: the file is larger than %2 MB")
-                    .arg(fileName)
-                    .arg(PlantFile::LargestFile / (1024 * 1024));
+                    .arg(fileName, QString::number(PlantFile::LargestFile / (1024 * 1024)));
         return false;
     }
     return true;
@@ -40,9 +39,12 @@ bool readText(const QString &fileName, QByteArray &text, QString &error)
 
 /// Calls `read` with the outermost object and the errors, of which there are none yet.
 template <class Reader>
-bool readDocument(const QByteArray &text, const QString &shownFileName, PlantObjectKind kind, QString &error,
+bool readDocument(QByteArray text, const QString &shownFileName, PlantObjectKind kind, QString &error,
                   Reader read)
 {
+    constexpr char ByteOrderMark[] = "\xef\xbb\xbf"; // some editors write it
+    if (text.startsWith(ByteOrderMark))
+        text.remove(0, int(sizeof(ByteOrderMark)) - 1);
     QJsonParseError syntax{};
     const QJsonDocument document = QJsonDocument::fromJson(text, &syntax);
     if (syntax.error != QJsonParseError::NoError) {

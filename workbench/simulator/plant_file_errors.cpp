@@ -17,8 +17,7 @@ PlantFileErrors::PlantFileErrors(QString shownFileName, PlantFilePlaces filePlac
     name.replace(QLatin1String("~1"), QLatin1String("/")).replace(QLatin1String("~0"), QLatin1String("~"));
     addAt(places.repeatedName(),
           QStringLiteral("%1 stands twice in this object, first in line %2")
-              .arg(quoted(name))
-              .arg(places.name(repeated).line));
+              .arg(quoted(name), QString::number(places.name(repeated).line)));
 }
 
 void PlantFileErrors::add(const QString &path, const QString &text)

@@ -182,6 +182,8 @@ const ControllerLayout *controllerOf(const PlantFileObject &source, const PlantL
 
 void readPlantFaults(const PlantFileObject &plant, PlantLayout &layout)
 {
+    if (!plant.allowAtMost(MostPlantFaults, "faults"))
+        return;
     const std::vector<PlantFileObject> sources = plant.objects("faults");
     for (const PlantFileObject &source : sources) {
         if (!plant.errors().isEmpty())
@@ -208,6 +210,8 @@ void readPlantFaults(const PlantFileObject &plant, PlantLayout &layout)
 
 void readPlantMessages(const PlantFileObject &plant, PlantLayout &layout)
 {
+    if (!plant.allowAtMost(MostPlantMessages, "messages"))
+        return;
     const std::vector<PlantFileObject> sources = plant.objects("messages");
     for (const PlantFileObject &source : sources) {
         const ControllerLayout *const controller = controllerOf(source, layout);

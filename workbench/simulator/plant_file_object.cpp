@@ -110,7 +110,9 @@ bool PlantFileObject::isAllowed(const PlantField &field, const QJsonValue &value
     case Kind::Bool:
         return value.isBool();
     case Kind::Text:
-        return value.isString() && !value.toString().trimmed().isEmpty();
+        return value.isString() && PlantSchema::isText(value.toString());
+    case Kind::Name:
+        return value.isString() && PlantSchema::isName(value.toString());
     case Kind::Choice:
         return value.isString()
             && QString::fromLatin1(field.choices).split(QLatin1Char('|')).contains(value.toString());
@@ -168,6 +170,17 @@ std::vector<PlantFileObject> PlantFileObject::objects(const char *name) const
         result.emplace_back(*errorList, field(name).element, list.at(i),
                             PlantFilePlaces::elementPath(pathOf(key), i));
     return result;
+}
+
+bool PlantFileObject::allowAtMost(int most, const char *name) const
+{
+    const int count = members.value(QLatin1String(name)).toArray().size();
+    if (count <= most)
+        return true;
+    refuse(name,
+           QStringLiteral("there are %1 %2; allowed are %3")
+               .arg(QString::number(count), QLatin1String(name), QString::number(most)));
+    return false;
 }
 
 void PlantFileObject::refuse(const char *name, const QString &text) const

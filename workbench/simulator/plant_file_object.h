@@ -28,13 +28,16 @@ public:
     /// An Integer; 0 when there is no fallback.
     quint32 integer(const char *name) const;
     bool flag(const char *name) const;
-    /// A Text or a Choice.
+    /// A Text, a Name or a Choice.
     QString text(const char *name) const;
     /// An Object, also one that is left out.
     PlantFileObject object(const char *name) const;
     /// The elements of Objects or ObjectOrObjects.
     std::vector<PlantFileObject> objects(const char *name) const;
     bool isList(const char *name) const { return members.value(QLatin1String(name)).isArray(); }
+
+    /// Whether a list has no more elements than that; adds an error when it has.
+    bool allowAtMost(int most, const char *name) const;
 
     /// Adds an error at the field, or at the object when it has no such field.
     void refuse(const char *name, const QString &text) const;

@@ -5,6 +5,7 @@
 #include "workbench/simulator/refusal_text.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace simulator
 {
@@ -43,13 +44,18 @@ std::vector<LoadLayout> loads(const PlantFileObject &module)
         result.assign(channels, sources.empty() ? LoadLayout() : load(sources.front()));
         return result;
     }
+    std::size_t count = 0;
     for (const PlantFileObject &source : sources)
-        result.insert(result.end(), source.integer("count"), load(source));
-    if (result.size() != channels)
+        count += source.integer("count");
+    if (count != channels) {
         module.refuse("load",
                       QStringLiteral("the loads in this list make up %1 channels; the module has %2")
-                          .arg(result.size())
+                          .arg(count)
                           .arg(channels));
+        return result;
+    }
+    for (const PlantFileObject &source : sources)
+        result.insert(result.end(), source.integer("count"), load(source));
     return result;
 }
 
@@ -70,6 +76,8 @@ MeasurementLayout measurement(const PlantFileObject &source)
 void PlantFileReader::read(const PlantFileObject &source)
 {
     plant.seed = source.integer("seed");
+    if (!source.allowAtMost(MostPlantControllers, "controllers"))
+        return;
     const std::vector<PlantFileObject> controllers = source.objects("controllers");
     if (controllers.empty())
         source.refuse("controllers", QStringLiteral("a plant needs at least one controller"));
@@ -117,6 +125,14 @@ void PlantFileReader::checkController(const PlantFileObject &source, const Contr
             source.refuse("text",
                           QStringLiteral("there are two controllers of the text %1")
                               .arg(quoted(controller.displayText)));
+        if (other.displayText == controller.connectionName)
+            source.refuse("name",
+                          QStringLiteral("there is a controller of the text %1 already")
+                              .arg(quoted(controller.connectionName)));
+        if (other.connectionName == controller.displayText)
+            source.refuse("text",
+                          QStringLiteral("there is a controller of the name %1 already")
+                              .arg(quoted(controller.displayText)));
         if (other.address == controller.address)
             source.refuse("address",
                           QStringLiteral("there are two controllers at %1").arg(quoted(controller.address)));
@@ -154,6 +170,12 @@ void PlantFileReader::readCrates(const PlantFileObject &source, LineState &line,
     const std::vector<PlantFileObject> crateSources = source.objects("crates");
     for (const PlantFileObject &crateSource : crateSources) {
         const quint32 count = crateSource.integer("count");
+        crateCount += count;
+        if (crateCount > static_cast<std::size_t>(MostPlantCrates)) {
+            crateSource.refuse(
+                "count", QStringLiteral("with these the plant has more than %1 crates").arg(MostPlantCrates));
+            return;
+        }
         for (quint32 i = 0; i < count && source.errors().isEmpty(); ++i) {
             CrateLayout crate;
             if (!number(crateSource, "address", place, i, HighestCrate, line.crates, crate.address))
@@ -172,6 +194,12 @@ void PlantFileReader::readModules(const PlantFileObject &source, LineState &line
     for (const PlantFileObject &moduleSource : moduleSources) {
         const ModuleLayout one = module(moduleSource);
         const quint32 count = moduleSource.integer("count");
+        if (one.serialNumber + quint64(count) - 1 > std::numeric_limits<quint32>::max())
+            moduleSource.refuse(
+                "serial",
+                QStringLiteral("with \"count\" %1 the serial numbers get beyond the highest, %2")
+                    .arg(count)
+                    .arg(std::numeric_limits<quint32>::max()));
         for (quint32 i = 0; i < count && source.errors().isEmpty(); ++i) {
             ModuleLayout layout = one;
             if (!number(moduleSource, "address", place, i, HighestNumber, line.modules, layout.address)

@@ -49,6 +49,7 @@ private:
 
     PlantLayout &plant;
     std::size_t channels = 0;
+    std::size_t crateCount = 0;
     quint32 moduleCount = 0;
 };
 

@@ -1,7 +1,9 @@
 #include "workbench/simulator/plant_schema.h"
 
 #include <QStringList>
+#include <QVector>
 
+#include <algorithm>
 #include <cmath>
 #include <iterator>
 
@@ -13,6 +15,10 @@ namespace
 
 using Kind = PlantFieldKind;
 using Owner = PlantObjectKind;
+
+// In characters.
+constexpr int LongestText = 200;
+constexpr int LongestName = 100;
 
 constexpr double NoFallback = PlantField::NoFallback;
 
@@ -119,8 +125,10 @@ constexpr PlantField Fields[] = {
     objects(Owner::Plant, "faults", Kind::Objects, Owner::Fault, "What goes wrong by itself, and when"),
     objects(Owner::Plant, "messages", Kind::Objects, Owner::Message, "What is handed to scripts that have activated the pass-through, and when"),
 
-    neededText(Owner::Controller, "name", "The name of its connection, unlike that of any other controller"),
-    text(Owner::Controller, "text", "the name", "How the controller is shown, unlike any other"),
+    plain(Owner::Controller, "name", Kind::Name, true, "", "", Owner::Plant,
+          "The name of its connection, unlike name and text of any other controller"),
+    plain(Owner::Controller, "text", Kind::Name, false, "the name", "", Owner::Plant,
+          "How the controller is shown, unlike name and text of any other"),
     text(Owner::Controller, "address", "127.0.0.1 with a port of its own, from 8080 on",
          "`host:port` under which a script connects to it, unlike that of any other controller"),
     yesOrNo(Owner::Controller, "local", "no controller of the file says so: the first is",
@@ -298,7 +306,12 @@ QString PlantSchema::allowed(const PlantField &field)
     case Kind::Bool:
         return QStringLiteral("true or false");
     case Kind::Text:
-        return QStringLiteral("a text that is not empty");
+        return QStringLiteral("a text of 1 to %1 characters that all can be seen, or are blanks")
+            .arg(LongestText);
+    case Kind::Name:
+        return QStringLiteral("a name of 1 to %1 characters that all can be seen, or are blanks between "
+                              "others, without \"/\", \"*\" and \"<\"")
+            .arg(LongestName);
     case Kind::Choice: {
         QStringList choices = QString::fromLatin1(field.choices).split(QLatin1Char('|'));
         for (QString &choice : choices)
@@ -321,6 +334,27 @@ QString PlantSchema::range(const PlantField &field)
         .arg(QString::fromLatin1(field.isLeastAllowed ? "" : "above "), shortNumber(field.least),
              shortNumber(field.most), QString::fromUtf8(field.unit))
         .trimmed();
+}
+
+bool PlantSchema::isText(const QString &text)
+{
+    // UTF-8 has no half characters: they would be others when they come back.
+    if (text.size() > LongestText || text.trimmed().isEmpty() || QString::fromUtf8(text.toUtf8()) != text)
+        return false;
+    const QVector<uint> characters = text.toUcs4();
+    return std::all_of(characters.begin(), characters.end(), [](uint character) {
+        return character == ' ' || (QChar::isPrint(character) && !QChar::isSpace(character));
+    });
+}
+
+bool PlantSchema::isName(const QString &text)
+{
+    const auto isMark = [](QChar character) {
+        return character == QLatin1Char('/') || character == QLatin1Char('*')
+            || character == QLatin1Char('<');
+    };
+    return isText(text) && text.size() <= LongestName && text.trimmed() == text
+        && std::none_of(text.begin(), text.end(), isMark);
 }
 
 } // namespace simulator

@@ -28,7 +28,8 @@ enum class PlantFieldKind : quint8
     Number, ///< a number in the field's unit, or a text of a number and that unit, which may have a prefix
     Integer,
     Bool,
-    Text,
+    Text, ///< of characters that can be seen, and blanks
+    Name, ///< a Text that stands in addresses and patterns: "name/0.1.2", "name/*.voltage<=1 kV"
     Choice, ///< one of the texts in PlantField::choices
     Object,
     Objects, ///< a list
@@ -75,9 +76,18 @@ public:
     static QString allowed(const PlantField &field);
     /// From where to where a Number or Integer goes: "above 0 to 100 V".
     static QString range(const PlantField &field);
+
+    /// Whether it may be the value of a Text.
+    static bool isText(const QString &text);
+    /// Of a Name.
+    static bool isName(const QString &text);
 };
 
-/// The most channels that a plant may have.
+// The most that a plant may have.
+constexpr int MostPlantControllers = 100;
+constexpr int MostPlantCrates = 10000;
 constexpr int MostPlantChannels = 200000;
+constexpr int MostPlantFaults = 10000;
+constexpr int MostPlantMessages = 10000;
 
 } // namespace simulator
