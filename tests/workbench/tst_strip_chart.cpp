@@ -8,12 +8,15 @@
 #include <QImage>
 #include <QMenu>
 #include <QMimeData>
+#include <QPainter>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <qwt_legend.h>
+#include <qwt_legend_label.h>
 #include <qwt_plot_curve.h>
+#include <qwt_scale_map.h>
 #include <qwt_scale_widget.h>
 
 #include <algorithm>
@@ -45,8 +48,8 @@ QwtPlotCurve *curve(const StripChartPlot &plot, const QString &title, Line line 
     return found.value(line == Limit ? 1 : 0);
 }
 
-const QString Voltage = QStringLiteral("local 0.0.1 (V)");
-const QString Current = QStringLiteral("local 0.0.1 (A)");
+const QString Voltage = QStringLiteral("local 0.0.1 voltage");
+const QString Current = QStringLiteral("local 0.0.1 current");
 
 } // namespace
 
@@ -82,8 +85,123 @@ private Q_SLOTS:
         QVERIFY(bench.plot().axisInterval(QwtPlot::yLeft).maxValue() >= 1200);
         QVERIFY(bench.plot().axisInterval(QwtPlot::yRight).maxValue() >= current->maxYValue());
         QVERIFY(bench.plot().axisTitle(QwtPlot::yLeft).text().endsWith(QStringLiteral("/ V")));
-        // The set current is 1 mA.
         QVERIFY(bench.plot().axisTitle(QwtPlot::yRight).text().endsWith(QStringLiteral("/ \u00b5A")));
+    }
+
+    void keepsVoltagesAboveCurrents()
+    {
+        StripChartBench bench;
+        bench.ramp(); // voltage and current go up together
+        bench.chart.add({PlantBench::channel(2)});
+        bench.run(1);
+        double lowestVoltage = 0;
+        double highestCurrent = bench.plot().canvas()->height();
+        int drawn = 0;
+        for (QwtPlotItem *item : bench.plot().itemList(QwtPlotItem::Rtti_PlotCurve)) {
+            const auto *line = static_cast<QwtPlotCurve *>(item);
+            if (line->title().text() != Voltage && line->title().text() != Current)
+                continue;
+            if (line == curve(bench.plot(), Voltage, Limit) || line == curve(bench.plot(), Current, Set)
+                || line == curve(bench.plot(), Current, Limit))
+                continue; // far above what is shown
+            const auto y = [&](double value) { return bench.plot().transform(line->yAxis(), value); };
+            if (line->yAxis() == QwtPlot::yLeft)
+                lowestVoltage = std::max(lowestVoltage, y(line->minYValue()));
+            else
+                highestCurrent = std::min(highestCurrent, y(line->maxYValue()));
+            ++drawn;
+        }
+        QCOMPARE(drawn, 3);
+        QVERIFY2(lowestVoltage < highestCurrent,
+                 qPrintable(QStringLiteral("%1 %2").arg(lowestVoltage).arg(highestCurrent)));
+        QVERIFY(highestCurrent < bench.plot().canvas()->height());
+    }
+
+    void leavesRoomForTheMarks_data()
+    {
+        QTest::addColumn<int>("height");
+        QTest::newRow("low") << 240;
+        QTest::newRow("as it comes") << 500;
+        QTest::newRow("high") << 900;
+    }
+
+    void leavesRoomForTheMarks()
+    {
+        QFETCH(int, height);
+        StripChartBench bench;
+        bench.chart.resize(900, height);
+        bench.ramp();
+        QTRY_VERIFY(!bench.plot().markTexts().isEmpty());
+        const double top = bench.plot().transform(QwtPlot::yLeft, curve(bench.plot(), Voltage)->maxYValue());
+        const double base = bench.plot().transform(QwtPlot::yLeft, 0);
+        // A row of words, and one of marks without words.
+        QVERIFY2(top >= 2 * bench.plot().fontMetrics().height(), qPrintable(QString::number(top)));
+        QVERIFY2(top < base * 3 / 4, "and most of it is for the lines");
+    }
+
+    void labelsEachLaneWithItsOwnQuantity()
+    {
+        StripChartBench bench;
+        bench.ramp();
+        for (const int zooms : {0, 3}) { // as it is, and after zooming out by hand
+            bench.turnWheel(-zooms, Qt::ControlModifier, QPoint(100, 100));
+            const auto volts = bench.plot().axisScaleDiv(QwtPlot::yLeft).ticks(QwtScaleDiv::MajorTick);
+            const auto amperes = bench.plot().axisScaleDiv(QwtPlot::yRight).ticks(QwtScaleDiv::MajorTick);
+            QVERIFY(volts.size() > 1 && amperes.size() > 1);
+            QCOMPARE(*std::min_element(volts.begin(), volts.end()), 0.0);
+            const double most = *std::max_element(amperes.begin(), amperes.end());
+            QVERIFY(bench.plot().transform(QwtPlot::yRight, most)
+                    > bench.plot().transform(QwtPlot::yLeft, 0));
+        }
+    }
+
+    void drawsNoLimitOfACurrentAmongTheVoltages()
+    {
+        StripChartBench bench;
+        bench.ramp(); // 24 µA; the limit is 1 mA
+        const QwtPlotCurve *limit = curve(bench.plot(), Current, Limit);
+        QVERIFY(limit->isVisible());
+        const auto isDrawn = [&] {
+            QImage image(bench.plot().canvas()->size(), QImage::Format_RGB32);
+            image.fill(Qt::white);
+            const QImage empty = image;
+            QPainter painter(&image);
+            limit->draw(&painter, bench.plot().canvasMap(QwtPlot::xBottom),
+                        bench.plot().canvasMap(QwtPlot::yRight), image.rect());
+            painter.end();
+            return image != empty;
+        };
+        QVERIFY(!isDrawn());
+        simulator::Fault fault;
+        fault.kind = simulator::FaultKind::Short;
+        fault.controller = QStringLiteral("local");
+        fault.object = PlantBench::address(1);
+        QCOMPARE(bench.service.cause(fault), TarnResult::Success);
+        bench.run(1); // and 1 mA flows
+        QVERIFY(isDrawn());
+    }
+
+    void showsASmallCurrentBelowAHighSetCurrent()
+    {
+        StripChartBench bench;
+        bench.ramp();
+        const double flows = curve(bench.plot(), Current)->maxYValue();
+        const auto amperes = bench.plot().axisScaleDiv(QwtPlot::yRight).ticks(QwtScaleDiv::MajorTick);
+        QCOMPARE(curve(bench.plot(), Current, Set)->maxYValue(), 1e-3);
+        QVERIFY(flows > 0 && *std::max_element(amperes.begin(), amperes.end()) < 2 * flows);
+    }
+
+    void showsAChannelThatIsOffInARangeOfItsSize()
+    {
+        StripChartBench bench;
+        bench.tool("setValues")->setChecked(false);
+        bench.chart.add({PlantBench::channel(1)}); // of 6 kV and 1 mA
+        bench.run(1);
+        const double volts = bench.plot().axisInterval(QwtPlot::yLeft).maxValue();
+        QVERIFY2(volts >= 60 && volts <= 150, qPrintable(QString::number(volts)));
+        const auto amperes = bench.plot().axisScaleDiv(QwtPlot::yRight).ticks(QwtScaleDiv::MajorTick);
+        QVERIFY(amperes.size() > 1);
+        QVERIFY(*std::max_element(amperes.begin(), amperes.end()) >= 1e-6);
     }
 
     void drawsNoTwoLinesAlike()
@@ -168,17 +286,24 @@ private Q_SLOTS:
         StripChartBench bench;
         bench.ramp();
         const auto *legend = qobject_cast<QwtLegend *>(bench.plot().legend());
-        for (const QString &title : {Voltage, Current}) {
-            const QVariant info = bench.plot().itemToInfo(curve(bench.plot(), title));
-            QVERIFY(legend->legendWidget(info));
-        }
+        const auto texts = [&] {
+            QStringList found;
+            for (const auto *label : legend->findChildren<QwtLegendLabel *>())
+                found << label->text().text();
+            return found;
+        };
+        QCOMPARE(texts(),
+                 QStringList({Voltage, Current, QStringLiteral("set values"), QStringLiteral("limits")}));
+        bench.tool("setValues")->trigger();
+        bench.tool("limits")->trigger();
+        QTRY_COMPARE(texts(), QStringList({Voltage, Current}));
     }
 
     void removesAChannel()
     {
         StripChartBench bench;
         bench.chart.add({PlantBench::channel(1), PlantBench::channel(2)});
-        const QPen second = curve(bench.plot(), QStringLiteral("local 0.0.2 (V)"))->pen();
+        const QPen second = curve(bench.plot(), QStringLiteral("local 0.0.2 voltage"))->pen();
         QMenu *menu = nullptr;
         for (QMenu *each : bench.chart.findChildren<QMenu *>()) {
             if (each->title() == QStringLiteral("Remove"))
@@ -189,7 +314,7 @@ private Q_SLOTS:
         QCOMPARE(menu->actions().at(0)->text(), QStringLiteral("local 0.0.1"));
         menu->actions().at(0)->trigger();
         QVERIFY(!curve(bench.plot(), Voltage));
-        QCOMPARE(curve(bench.plot(), QStringLiteral("local 0.0.2 (V)"))->pen(), second);
+        QCOMPARE(curve(bench.plot(), QStringLiteral("local 0.0.2 voltage"))->pen(), second);
         QCOMPARE(bench.chart.recorder().count(), 1);
     }
 

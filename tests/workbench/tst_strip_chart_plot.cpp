@@ -17,7 +17,7 @@ namespace
 std::size_t pointsOf(const StripChartPlot &plot)
 {
     for (QwtPlotItem *item : plot.itemList(QwtPlotItem::Rtti_PlotCurve)) {
-        if (item->title().text() == QStringLiteral("local 0.0.1 (V)")
+        if (item->title().text() == QStringLiteral("local 0.0.1 voltage")
             && item->testItemAttribute(QwtPlotItem::Legend))
             return static_cast<QwtPlotCurve *>(item)->dataSize();
     }

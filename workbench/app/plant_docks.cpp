@@ -116,7 +116,7 @@ void PlantDocks::show(QDockWidget &dock)
     // window that is laid out.
     QTimer::singleShot(0, &dock, [this, &dock] {
         const int enough = window.height() * 3 / 5; // the others give up less than is asked for
-        if (dock.height() < enough / 2)
+        if (dock.height() < window.height() / 2)
             window.resizeDocks({&dock}, {enough}, Qt::Vertical);
     });
 }

@@ -188,7 +188,7 @@ void StripChart::addPartTools()
         connect(action, &QAction::toggled, drawing, [this, part](bool on) { drawing->setShown(part, on); });
     };
     addPart(StripChartPlot::SetValues, QStringLiteral("setValues"), tr("Set Values"),
-            tr("Draws what voltage and current are set to"));
+            tr("Draws what voltage and current are set to, where it comes into what is shown"));
     addPart(StripChartPlot::Limits, QStringLiteral("limits"), tr("Limits"),
             tr("Draws the limits, where they come into what is shown"));
     addPart(StripChartPlot::Events, QStringLiteral("events"), tr("Events"),

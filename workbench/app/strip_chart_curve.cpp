@@ -2,6 +2,10 @@
 
 #include <QPainter>
 
+#include <qwt_scale_map.h>
+
+#include <algorithm>
+
 namespace workbench
 {
 
@@ -14,7 +18,13 @@ void StripChartCurve::drawCurve(QPainter *painter, int style, const QwtScaleMap 
         painter->setRenderHint(QPainter::Antialiasing, false);
         painter->setPen(QPen(pen().color(), 0));
     }
-    QwtPlotCurve::drawCurve(painter, style, xMap, yMap, canvasRect, from, to);
+    QRectF area = canvasRect;
+    if (lane.isValid()) {
+        area.setTop(std::max(area.top(), yMap.transform(lane.maxValue())));
+        area.setBottom(std::min(area.bottom(), yMap.transform(lane.minValue())));
+    }
+    if (area.isValid())
+        QwtPlotCurve::drawCurve(painter, style, xMap, yMap, area, from, to);
 }
 
 } // namespace workbench

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <qwt_interval.h>
 #include <qwt_plot_curve.h>
 
 namespace workbench
@@ -12,9 +13,15 @@ class StripChartCurve : public QwtPlotCurve
 public:
     explicit StripChartCurve(const QString &title);
 
+    /// Only values in this range are drawn.
+    void setLane(const QwtInterval &values) { lane = values; }
+
 protected:
     void drawCurve(QPainter *painter, int style, const QwtScaleMap &xMap, const QwtScaleMap &yMap,
                    const QRectF &canvasRect, int from, int to) const override;
+
+private:
+    QwtInterval lane;
 };
 
 } // namespace workbench

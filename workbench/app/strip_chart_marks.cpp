@@ -10,7 +10,8 @@
 #include <qwt_scale_map.h>
 
 #include <algorithm>
-#include <array>
+#include <cmath>
+#include <vector>
 
 namespace workbench
 {
@@ -19,7 +20,7 @@ namespace
 {
 
 constexpr int Rtti = QwtPlotItem::Rtti_PlotUserItem + 1;
-constexpr std::size_t TextRows = 4;
+constexpr std::size_t MostTextRows = 4;
 
 /// A mark at its place in time.
 struct Placed
@@ -67,6 +68,16 @@ void StripChartMarks::setLook(const QFont &textFont, const QPalette &colours)
     palette = colours;
 }
 
+double StripChartMarks::useRowsFor(double laneHeight)
+{
+    constexpr double Part = 0.35; // of the lane; the rest is for the lines
+    const double rowHeight = QFontMetricsF(font).height();
+    const double rows = std::floor(Part * laneHeight / rowHeight);
+    // The last row is for marks that have no room for their words.
+    textRows = static_cast<std::size_t>(std::clamp(rows - 1, 1.0, static_cast<double>(MostTextRows)));
+    return static_cast<double>(textRows + 1) * rowHeight;
+}
+
 int StripChartMarks::rtti() const
 {
     return Rtti;
@@ -94,7 +105,7 @@ void StripChartMarks::draw(QPainter *painter, const QwtScaleMap &xMap, const Qwt
     const QFontMetricsF metrics(font);
     const double size = metrics.ascent() * 0.7;
     const double rowHeight = metrics.height();
-    std::array<std::vector<QRectF>, TextRows> rows;
+    std::vector<std::vector<QRectF>> rows(textRows);
     painter->save();
     painter->setFont(font);
     painter->setRenderHint(QPainter::Antialiasing);
@@ -104,11 +115,14 @@ void StripChartMarks::draw(QPainter *painter, const QwtScaleMap &xMap, const Qwt
         painter->setPen(QPen(ink, 1, Qt::DotLine));
         painter->drawLine(QPointF(each.x, canvasRect.top()), QPointF(each.x, canvasRect.bottom()));
         const double width = size + metrics.horizontalAdvance(each.text) + metrics.height() / 2;
-        for (std::size_t row = 0; row <= TextRows; ++row) {
-            if (row == TextRows) { // no room: the mark has to do
+        for (std::size_t row = 0; row <= textRows; ++row) {
+            if (row == textRows) { // no room: the mark has to do
                 painter->setPen(QPen(ink, 2));
-                drawShape(*painter, each.mark->kind,
-                          QPointF(each.x, canvasRect.top() + TextRows * rowHeight + rowHeight / 2), size);
+                drawShape(
+                    *painter, each.mark->kind,
+                    QPointF(each.x,
+                            canvasRect.top() + static_cast<double>(textRows) * rowHeight + rowHeight / 2),
+                    size);
                 break;
             }
             QRectF place(each.x - size / 2, canvasRect.top() + static_cast<double>(row) * rowHeight, width,

@@ -23,6 +23,10 @@ public:
 
     void setLook(const QFont &textFont, const QPalette &colours);
 
+    /// Writes in as many rows as fit into a part of a lane of that height, and returns the height (pixels) that marks
+    /// and words take from its top.
+    double useRowsFor(double laneHeight);
+
     int rtti() const override;
     void draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScaleMap &yMap,
               const QRectF &canvasRect) const override;
@@ -34,6 +38,7 @@ private:
     const ChannelRecorder &recorder;
     QFont font;
     QPalette palette;
+    std::size_t textRows = 1;
     mutable QStringList written;
 };
 

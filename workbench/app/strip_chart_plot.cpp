@@ -1,8 +1,8 @@
 #include "workbench/app/strip_chart_plot.h"
 
 #include "workbench/app/channel_recorder.h"
-#include "workbench/app/strip_chart_axis.h"
 #include "workbench/app/strip_chart_curve.h"
+#include "workbench/app/strip_chart_lanes.h"
 #include "workbench/app/strip_chart_line.h"
 #include "workbench/app/strip_chart_marks.h"
 #include "workbench/app/strip_chart_zoom.h"
@@ -16,9 +16,7 @@
 #include <qwt_painter.h>
 #include <qwt_plot_canvas.h>
 #include <qwt_plot_curve.h>
-#include <qwt_plot_grid.h>
 #include <qwt_plot_layout.h>
-#include <qwt_scale_engine.h>
 #include <qwt_scale_map.h>
 
 #include <algorithm>
@@ -31,22 +29,25 @@ namespace
 {
 
 constexpr double LongestSpan = 2 * ChannelRecord::Span; // s
-constexpr double MarkHeadroom = 0.25; // of the values' range, for what is written above the lines
-constexpr double Headroom = 0.05;
 constexpr double WheelStep = 0.8;
 constexpr double KeyStep = 0.1; // of what is shown
 constexpr int ShortestInterval = 40; // ms between two drawings
 constexpr int LongestInterval = 1000;
 constexpr int ShortestDrag = 6; // pixels; less is a click
 
-/// The range made wide enough for the line.
-QwtInterval including(const QwtInterval &range, const QPolygonF &line)
+/// In the order of the plot's lines.
+constexpr std::array<double ChannelSample::*, 6> Quantities = {
+    &ChannelSample::voltage, &ChannelSample::voltageSet, &ChannelSample::voltageLimit,
+    &ChannelSample::current, &ChannelSample::currentSet, &ChannelSample::currentLimit};
+
+/// From the lowest to the highest value of the line.
+QwtInterval rangeOf(const QPolygonF &line)
 {
     if (line.isEmpty())
-        return range;
+        return {};
     const auto isLower = [](const QPointF &a, const QPointF &b) { return a.y() < b.y(); };
     const auto [lowest, highest] = std::minmax_element(line.cbegin(), line.cend(), isLower);
-    return {std::min(range.minValue(), lowest->y()), std::max(range.maxValue(), highest->y())};
+    return {lowest->y(), highest->y()};
 }
 
 } // namespace
@@ -54,10 +55,10 @@ QwtInterval including(const QwtInterval &range, const QPolygonF &line)
 StripChartPlot::StripChartPlot(const ChannelRecorder &recorder_, QWidget *parent)
     : QwtPlot(parent),
       recorder(recorder_),
-      grid(std::make_unique<QwtPlotGrid>()),
+      lanes(std::make_unique<StripChartLanes>(*this)),
       marks(std::make_unique<StripChartMarks>(recorder_)),
-      setKey(std::make_unique<QwtPlotCurve>(tr("set value"))),
-      limitKey(std::make_unique<QwtPlotCurve>(tr("limit")))
+      setKey(std::make_unique<QwtPlotCurve>(tr("set values"))),
+      limitKey(std::make_unique<QwtPlotCurve>(tr("limits")))
 {
     setObjectName(QStringLiteral("stripChartPlot"));
     QwtPainter::setRoundingAlignment(false); // slopes would have corners
@@ -65,12 +66,7 @@ StripChartPlot::StripChartPlot(const ChannelRecorder &recorder_, QWidget *parent
     setAutoReplot(false);
     setAccessibleName(tr("Chart of voltage and current over time"));
 
-    enableAxis(yRight);
-    setAxisScaleDraw(yRight, new CurrentScaleDraw); // the axis owns it
-    auto *legend = new QwtLegend(this);
-    insertLegend(legend, BottomLegend);
-
-    grid->attach(this);
+    insertLegend(new QwtLegend(this), BottomLegend);
     marks->attach(this);
     for (QwtPlotCurve *key : {setKey.get(), limitKey.get()}) {
         key->setLegendAttribute(QwtPlotCurve::LegendShowLine);
@@ -85,7 +81,7 @@ StripChartPlot::StripChartPlot(const ChannelRecorder &recorder_, QWidget *parent
     area->setAccessibleName(accessibleName());
     setFocusProxy(area);
     area->installEventFilter(this);
-    auto *zoom = new StripChartZoom(*this);
+    auto *zoom = new StripChartZoom(*this, *lanes);
     connect(zoom, &StripChartZoom::chosen, this, &StripChartPlot::zoomTo);
 
     connect(&recorder, &ChannelRecorder::channelAdded, this, &StripChartPlot::addLines);
@@ -206,16 +202,19 @@ void StripChartPlot::redraw()
         from = to - followedSpan;
     }
     setAxisScale(xBottom, from, to);
-    setKey->setItemAttribute(QwtPlotItem::Legend, shownParts[SetValues]);
-    limitKey->setItemAttribute(QwtPlotItem::Legend, shownParts[Limits]);
-    for (QwtPlotCurve *key : {setKey.get(), limitKey.get()}) {
-        const bool isMeant = key->testItemAttribute(QwtPlotItem::Legend) && !lines.empty();
-        if (isMeant != (key->plot() != nullptr))
-            key->attach(isMeant ? this : nullptr);
-    }
+    showKey(*setKey, shownParts[SetValues]);
+    showKey(*limitKey, shownParts[Limits]);
     marks->setVisible(shownParts[Events]);
     updateLines();
     replot();
+}
+
+/// In the legend, or not.
+void StripChartPlot::showKey(QwtPlotCurve &key, bool isMeant)
+{
+    isMeant = isMeant && !lines.empty();
+    if (isMeant != (key.plot() != nullptr))
+        key.attach(isMeant ? this : nullptr);
 }
 
 bool StripChartPlot::eventFilter(QObject *watched, QEvent *event)
@@ -258,7 +257,8 @@ void StripChartPlot::showEvent(QShowEvent *event)
 void StripChartPlot::applyLook()
 {
     setCanvasBackground(palette().base());
-    grid->setPen(strip_chart_style::gridPen(palette()));
+    lanes->setLook(font(), strip_chart_style::gridPen(palette()),
+                   QPen(palette().color(QPalette::Active, QPalette::Mid), 1));
     marks->setLook(font(), palette());
     const QColor ink = palette().color(QPalette::Text);
     setKey->setPen(strip_chart_style::setPen(ink));
@@ -274,13 +274,9 @@ void StripChartPlot::applyLook()
             lines[index][line]->setPen(strip_chart_style::limitPen(colour));
     }
     QwtText time(tr("Time since the start / s"));
-    QwtText volts(tr("Voltage / V"));
-    for (QwtText *title : {&time, &volts})
-        title->setFont(font());
+    time.setFont(font());
     setAxisTitle(xBottom, time);
-    setAxisTitle(yLeft, volts);
-    for (const int axis : {xBottom, yLeft, yRight})
-        setAxisFont(axis, font());
+    setAxisFont(xBottom, font());
     redraw();
 }
 
@@ -291,7 +287,8 @@ void StripChartPlot::addLines()
     for (std::size_t number = 0; number < added.size(); ++number) {
         const bool isCurrent = number >= Current;
         const bool isMeasured = number == Voltage || number == Current;
-        auto curve = std::make_unique<StripChartCurve>(record.name() + (isCurrent ? tr(" (A)") : tr(" (V)")));
+        auto curve = std::make_unique<StripChartCurve>(
+            (isCurrent ? tr("%1 current") : tr("%1 voltage")).arg(record.name()));
         curve->setYAxis(isCurrent ? yRight : yLeft);
         curve->setItemAttribute(QwtPlotItem::Legend, isMeasured);
         curve->setLegendAttribute(QwtPlotCurve::LegendShowLine);
@@ -312,61 +309,64 @@ void StripChartPlot::addLines()
 
 void StripChartPlot::updateLines()
 {
-    static constexpr std::array<double ChannelSample::*, LineCount> Quantities = {
-        &ChannelSample::voltage, &ChannelSample::voltageSet, &ChannelSample::voltageLimit,
-        &ChannelSample::current, &ChannelSample::currentSet, &ChannelSample::currentLimit};
-    QwtInterval volts(0, 0);
-    QwtInterval amperes(0, 0);
-    const int columns = std::max(1, canvas()->contentsRect().width());
-    for (std::size_t index = 0; index < lines.size(); ++index) {
-        const ChannelRecord &record = recorder.at(static_cast<int>(index));
-        for (std::size_t number = 0; number < LineCount; ++number) {
-            const bool isLimit = number == VoltageLimit || number == CurrentLimit;
-            const bool isSet = number == VoltageSet || number == CurrentSet;
-            const bool isShown = isLimit ? shownParts[Limits] : !isSet || shownParts[SetValues];
-            QwtPlotCurve &curve = *lines[index][number];
-            curve.setVisible(isShown);
-            if (!isShown)
-                continue;
-            const QPolygonF line = stripChartLine(record, Quantities[number], from, to, columns);
-            // A limit far above what is there does not make the rest small; it shows when it comes near.
-            if (!isLimit) {
-                QwtInterval &range = number >= Current ? amperes : volts;
-                range = including(range, line);
-            }
-            curve.setSamples(line);
-        }
+    // What is off would otherwise be drawn in the range of its noise.
+    constexpr double LeastVolts = 0.01; // of the limits
+    constexpr double LeastAmperes = 0.001;
+    QwtInterval volts = leastRange(VoltageLimit, LeastVolts);
+    QwtInterval amperes = leastRange(CurrentLimit, LeastAmperes);
+    for (std::size_t channel = 0; channel < lines.size(); ++channel) {
+        for (const Line line : {Voltage, VoltageSet})
+            volts |= updateLine(channel, line);
+        amperes |= updateLine(channel, Current);
+        // What is far above the rest does not make it small, and shows when it comes near: the limits, and the set
+        // current, which is one too.
+        for (const Line line : {VoltageLimit, CurrentSet, CurrentLimit})
+            updateLine(channel, line);
     }
     scaleValues(volts, amperes);
 }
 
+/// The range of what is shown of it.
+QwtInterval StripChartPlot::updateLine(std::size_t channel, Line line)
+{
+    const bool isLimit = line == VoltageLimit || line == CurrentLimit;
+    const bool isSet = line == VoltageSet || line == CurrentSet;
+    const bool isShown = isLimit ? shownParts[Limits] : !isSet || shownParts[SetValues];
+    StripChartCurve &curve = *lines[channel][line];
+    curve.setVisible(isShown);
+    if (!isShown)
+        return {};
+    const int columns = std::max(1, canvas()->contentsRect().width());
+    const ChannelRecord &record = recorder.at(static_cast<int>(channel));
+    const QPolygonF points = stripChartLine(record, Quantities[line], from, to, columns);
+    curve.setSamples(points);
+    return rangeOf(points);
+}
+
+/// From 0 to that part of the largest of these limits.
+QwtInterval StripChartPlot::leastRange(Line limit, double part) const
+{
+    constexpr double Least = 1e-9;
+    double width = Least;
+    for (int channel = 0; channel < recorder.count(); ++channel) {
+        const auto &samples = recorder.at(channel).samples();
+        if (!samples.empty())
+            width = std::max(width, part * std::fabs(samples.back().*Quantities[limit]));
+    }
+    return {0, width};
+}
+
 void StripChartPlot::scaleValues(const QwtInterval &volts, const QwtInterval &amperes)
 {
-    const auto scale = [this](int axis, QwtInterval range, double least) {
-        if (range.width() < least)
-            range.setMaxValue(range.minValue() + least);
-        const double above = shownParts[Events] ? MarkHeadroom : Headroom;
-        double low = range.minValue() - (range.minValue() < 0 ? Headroom * range.width() : 0);
-        double high = range.maxValue() + above * range.width();
-        double step = 0;
-        constexpr int Steps = 8;
-        axisScaleEngine(axis)->autoScale(Steps, low, high, step);
-        setAxisScale(axis, low, high, step);
-    };
-    if (!hasOwnValueScale) {
-        constexpr double LeastVolts = 1;
-        constexpr double LeastAmperes = 1e-9;
-        scale(yLeft, volts, LeastVolts);
-        scale(yRight, amperes, LeastAmperes);
-    }
-    updateAxes();
-    auto *draw = static_cast<CurrentScaleDraw *>(axisScaleDraw(yRight));
-    const QwtInterval range = axisInterval(yRight);
-    const bool isOther = draw->adaptTo(std::max(std::fabs(range.minValue()), std::fabs(range.maxValue())));
-    if (isOther || axisTitle(yRight).isEmpty() || axisTitle(yRight).font() != font()) {
-        QwtText title(tr("Current / %1").arg(draw->unit()));
-        title.setFont(font());
-        setAxisTitle(yRight, title);
+    const double markHeight = marks->useRowsFor(lanes->voltageHeight());
+    if (!hasOwnValueScale)
+        lanes->fit(volts, amperes, shownParts[Events] ? markHeight : 0);
+    lanes->label();
+    for (const Lines &channel : lines) {
+        for (const Line line : {Voltage, VoltageSet, VoltageLimit})
+            channel[line]->setLane(lanes->volts());
+        for (const Line line : {Current, CurrentSet, CurrentLimit})
+            channel[line]->setLane(lanes->amperes());
     }
 }
 

@@ -12,16 +12,17 @@
 #include <vector>
 
 class QwtPlotCurve;
-class QwtPlotGrid;
 
 namespace workbench
 {
 
 class ChannelRecorder;
+class StripChartCurve;
+class StripChartLanes;
 class StripChartMarks;
 
-/// Draws the recorded channels over time: voltages on the left axis, currents on the right one. It follows the time
-/// until the operator zooms or moves it; recording goes on meanwhile. GUI thread only.
+/// Draws the recorded channels over time: voltages above, on the left axis, currents below, on the right one. It follows
+/// the time until the operator zooms or moves it; recording goes on meanwhile. GUI thread only.
 ///
 /// Pointer: a drag zooms in, a drag with Shift or the middle button moves, the wheel zooms the time and with Ctrl the
 /// values, a double click shows everything. Keys: Left and Right move, Plus and Minus zoom, Home shows everything, End
@@ -93,11 +94,14 @@ private:
         CurrentLimit,
         LineCount
     };
-    using Lines = std::array<std::unique_ptr<QwtPlotCurve>, LineCount>;
+    using Lines = std::array<std::unique_ptr<StripChartCurve>, LineCount>;
 
     void applyLook();
+    void showKey(QwtPlotCurve &key, bool isMeant);
     void addLines();
     void updateLines();
+    QwtInterval updateLine(std::size_t channel, Line line);
+    QwtInterval leastRange(Line limit, double part) const;
     void scaleValues(const QwtInterval &volts, const QwtInterval &amperes);
     void zoomTo(const QRect &canvasArea);
     void stopFollowing();
@@ -107,7 +111,7 @@ private:
     bool pressKey(int key);
 
     const ChannelRecorder &recorder;
-    std::unique_ptr<QwtPlotGrid> grid;
+    std::unique_ptr<StripChartLanes> lanes;
     std::unique_ptr<StripChartMarks> marks;
     std::unique_ptr<QwtPlotCurve> setKey; ///< say in the legend what the thin lines are
     std::unique_ptr<QwtPlotCurve> limitKey;

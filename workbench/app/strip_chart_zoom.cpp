@@ -1,5 +1,6 @@
 #include "workbench/app/strip_chart_zoom.h"
 
+#include "workbench/app/strip_chart_lanes.h"
 #include "workbench/app/system_values.h"
 
 #include <QLocale>
@@ -13,8 +14,9 @@
 namespace workbench
 {
 
-StripChartZoom::StripChartZoom(QwtPlot &plot)
-    : QwtPlotPicker(QwtPlot::xBottom, QwtPlot::yLeft, RectRubberBand, ActiveOnly, plot.canvas())
+StripChartZoom::StripChartZoom(QwtPlot &plot, const StripChartLanes &lanes_)
+    : QwtPlotPicker(QwtPlot::xBottom, QwtPlot::yLeft, RectRubberBand, ActiveOnly, plot.canvas()),
+      lanes(lanes_)
 {
     setStateMachine(new QwtPickerDragRectMachine); // the picker owns it
     setMousePattern(QwtEventPattern::MouseSelect1, Qt::LeftButton);
@@ -34,8 +36,10 @@ QwtText StripChartZoom::trackerText(const QPoint &position) const
     const double time = plot()->canvasMap(QwtPlot::xBottom).invTransform(position.x());
     const double volts = plot()->canvasMap(QwtPlot::yLeft).invTransform(position.y());
     const double amperes = plot()->canvasMap(QwtPlot::yRight).invTransform(position.y());
-    QwtText text(tr("%1 s  %2  %3")
-                     .arg(QLocale().toString(time, 'f', Decimals), voltageText(volts), currentText(amperes)));
+    const QString value = lanes.volts().contains(volts) ? voltageText(volts)
+        : lanes.amperes().contains(amperes)             ? currentText(amperes)
+                                                        : QString();
+    QwtText text(tr("%1 s  %2").arg(QLocale().toString(time, 'f', Decimals), value));
     QColor ground = plot()->palette().color(QPalette::Base);
     constexpr int NearlyOpaque = 220;
     ground.setAlpha(NearlyOpaque);
