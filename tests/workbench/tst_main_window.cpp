@@ -320,19 +320,22 @@ private Q_SLOTS:
     void startsWithDamagedFiles_data()
     {
         QTest::addColumn<QByteArray>("bytes");
-        QTest::newRow("empty") << QByteArray();
-        QTest::newRow("noise") << QByteArray(3000, '\xfe');
+        QTest::addColumn<bool>("complains");
+        QTest::newRow("empty") << QByteArray() << true;
+        QTest::newRow("noise") << QByteArray(3000, '\xfe') << true;
         QTest::newRow("another tree")
-            << QByteArray(R"({"children": [{"name": "x", "value": "y", "saved": true}]})");
+            << QByteArray(R"({"children": [{"name": "x", "value": "y", "saved": true}]})") << false;
         QTest::newRow("a state that is none") << QByteArray(
             R"({"children": [{"name": "state", "value": {"base64": "AAECAwQ="}, "saved": true},)"
             R"({"name": "geometry", "value": {"base64": "AAECAwQ="}, "saved": true},)"
-            R"({"name": "openTools", "value": ["nobody", "tool.77.1", "tool.77.0"], "saved": true}]})");
+            R"({"name": "openTools", "value": ["nobody", "tool.77.1", "tool.77.0"], "saved": true}]})")
+                                              << true;
     }
 
     void startsWithDamagedFiles()
     {
         QFETCH(QByteArray, bytes);
+        QFETCH(bool, complains);
         QTemporaryDir dir;
         const SettingsStore store(dir.path());
         write(store.layoutFile(), bytes);
@@ -340,7 +343,7 @@ private Q_SLOTS:
         Bench bench(dir.path());
         QVERIFY(bench.dock() && bench.dock()->isVisible());
         QCOMPARE(bench.window->size(), QSize(1280, 800));
-        QVERIFY(!bench.window->statusBar()->currentMessage().isEmpty());
+        QCOMPARE(!bench.window->statusBar()->currentMessage().isEmpty(), complains);
         bench.window->close();
         bench.open();
         QVERIFY(bench.dock() && bench.dock()->isVisible());
@@ -355,6 +358,19 @@ private Q_SLOTS:
         QVERIFY(bench.dock()->isVisible());
         QCOMPARE(bench.window->dockWidgetArea(bench.dock()), Qt::RightDockWidgetArea);
         QVERIFY(bench.entry(bench.alpha())->isChecked());
+    }
+
+    void advisesWhenThereIsNothingElseToSay()
+    {
+        Bench bench;
+        const auto *advice = bench.window->findChild<QLabel *>(QStringLiteral("advice"));
+        QVERIFY(advice->isVisible());
+        QVERIFY(advice->text().contains(QStringLiteral("Choose a channel")));
+        bench.dock()->close(); // says where the tool can be found again
+        QVERIFY(!bench.window->statusBar()->currentMessage().isEmpty());
+        QVERIFY(!advice->isVisible());
+        bench.window->statusBar()->clearMessage();
+        QVERIFY(advice->isVisible());
     }
 
     void countsWhatIsThere()

@@ -20,6 +20,7 @@
 #include <QInputDialog>
 #include <QMenu>
 #include <QMenuBar>
+#include <QScrollBar>
 #include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTest>
@@ -127,6 +128,16 @@ private Q_SLOTS:
         QVERIFY(bench.window->plantDocks()->watcher().isRunning());
         bench.dock("messages")->toggleViewAction()->trigger();
         QVERIFY(!bench.dock("messages")->isVisible());
+    }
+
+    void showsEveryColumnOfTheSystem()
+    {
+        QFont font = QApplication::font();
+        font.setPointSize(10); // a desktop's
+        QApplication::setFont(font);
+        Bench bench;
+        QTRY_VERIFY(!bench.view().horizontalScrollBar()->isVisible());
+        QVERIFY(bench.dock("system")->width() < bench.window->width() / 2);
     }
 
     void givesRoomToWhatIsShownFirst()

@@ -2,10 +2,13 @@
 
 #include "tests/workbench/small_system.h"
 #include "workbench/app/system_model.h"
+#include "workbench/app/system_state.h"
 
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QStyle>
 #include <QTest>
 #include <QVBoxLayout>
 
@@ -168,6 +171,39 @@ private Q_SLOTS:
         QCOMPARE(activated.at(0).at(0).value<OrbItemId>(), model.idAt(channel));
         QTest::keyClick(&view, Qt::Key_Return);
         QCOMPARE(activated.size(), 2);
+    }
+
+    void showsEveryColumnAtItsOwnSize()
+    {
+        SmallSystem system;
+        system.setItem(QStringLiteral("0.4.Status.numberOfChannels"), QStringLiteral("500"));
+        SystemModel model(system.mainData);
+        SystemView view(model);
+        view.resize(view.sizeHint());
+        view.show();
+        QTRY_VERIFY(view.verticalScrollBar()->isVisible());
+        QVERIFY(!view.horizontalScrollBar()->isVisible());
+    }
+
+    void keepsWordsAndNumbersApart()
+    {
+        SmallSystem system;
+        SystemModel model(system.mainData);
+        SystemView view(model);
+        // A number at the right edge of its column would touch a word at the left edge of the next.
+        QHeaderView &header = *view.header();
+        for (int place = 1; place < header.count(); ++place) {
+            const auto alignment = [&](int at) {
+                const QVariant value =
+                    model.headerData(header.logicalIndex(at), Qt::Horizontal, Qt::TextAlignmentRole);
+                return value.isValid() ? value.toInt() : int(Qt::AlignLeft);
+            };
+            QVERIFY(!((alignment(place - 1) & Qt::AlignRight) && (alignment(place) & Qt::AlignLeft)));
+        }
+        const int width = view.columnWidth(SystemModel::StateColumn);
+        const int words =
+            view.fontMetrics().horizontalAdvance(workbench::stateText(workbench::SystemState::Emergency));
+        QVERIFY(width > words + view.style()->pixelMetric(QStyle::PM_SmallIconSize));
     }
 
     void opensTheFirstModuleOnly()

@@ -48,6 +48,19 @@ QStringList takePluginOption(std::vector<char *> &arguments)
     return taken;
 }
 
+/// Draws in memory where there is no display: Qt would end the process before it could say anything, its help
+/// included.
+void doWithoutDisplay()
+{
+#ifdef Q_OS_LINUX
+    for (const char *variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        if (!qEnvironmentVariableIsEmpty(variable))
+            return;
+    }
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+#endif
+}
+
 /// Nobody sees or closes a window on these platforms.
 bool hasScreen()
 {
@@ -118,8 +131,12 @@ int main(int argc, char *argv[])
 {
     if (argc > 1 && QByteArray(argv[1]) == "rehearse")
         return workbench::rehearse(argc, argv, QStringLiteral(WORKBENCH_VERSION));
+    doWithoutDisplay();
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    // A text that is one and a half times as large does not make everything twice as large.
+    QGuiApplication::setHighDpiScaleFactorRoundingPolicy(
+        Qt::HighDpiScaleFactorRoundingPolicy::RoundPreferFloor);
     std::vector<char *> arguments(argv, argv + argc);
     const QStringList pluginOption = takePluginOption(arguments);
     int argumentCount = static_cast<int>(arguments.size());

@@ -27,6 +27,8 @@
 #include <QStatusBar>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace workbench
 {
 
@@ -38,6 +40,7 @@ constexpr int MessageTime = 15000; // ms
 constexpr QSize DefaultSize(1280, 800);
 constexpr QSize RoomySize(1480, 900); // shows the command form whole
 constexpr int SystemShare = 43; // percent of the default width
+constexpr int MostSystemShare = 48; // percent of the window's, for columns that need more
 
 } // namespace
 
@@ -56,16 +59,12 @@ MainWindow::MainWindow(KdPluginInterface &plugin, KdMainData &mainData_, const S
     buildSystemDock();
     if (plant)
         buildPlantDocks(*plant);
-    counts = new QLabel(this);
-    counts->setObjectName(QStringLiteral("counts"));
-    statusBar()->addPermanentWidget(counts);
-    updateCounts();
+    buildStatusBar();
 
     menu = new ToolMenu(*menuBar(), helpMenu, this);
     docks = new ToolDocks(*host, *menu, *this, this);
     connect(docks, &ToolDocks::message, this, &MainWindow::showMessage);
 
-    showMessage(tr("Ready. Choose a channel on the left, or drag it onto a terminal."));
     KdPluginConfiguration configuration;
     const QString complaint = store.loadConfiguration(configuration);
     if (!complaint.isEmpty())
@@ -231,6 +230,20 @@ void MainWindow::buildBanner()
     menuBar()->setCornerWidget(banner, Qt::TopRightCorner);
 }
 
+void MainWindow::buildStatusBar()
+{
+    // Comes back whenever there is nothing else to say.
+    auto *advice = new QLabel(tr("Choose a channel on the left, or drag it onto a terminal."), this);
+    advice->setObjectName(QStringLiteral("advice"));
+    advice->setIndent(advice->fontMetrics().height() / 4);
+    advice->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    statusBar()->addWidget(advice, 1);
+    counts = new QLabel(this);
+    counts->setObjectName(QStringLiteral("counts"));
+    statusBar()->addPermanentWidget(counts);
+    updateCounts();
+}
+
 void MainWindow::restoreLayout()
 {
     const QSize available = QGuiApplication::primaryScreen()->availableSize();
@@ -254,7 +267,9 @@ void MainWindow::applyDefaultSizes()
 {
     sizesPending = !isVisible(); // docks take sizes only from a window that is laid out
     QList<QDockWidget *> side = {systemDock};
-    QList<int> widths = {DefaultSize.width() * SystemShare / 100};
+    QList<int> widths = {
+        std::min(std::max(DefaultSize.width() * SystemShare / 100, panel->sizeHint().width()),
+                 width() * MostSystemShare / 100)};
     const QVector<quint32> classes = host->toolClasses();
     for (quint32 classId : classes) {
         if (ToolDock *dock = docks->dock(classId)) {

@@ -68,6 +68,7 @@ private:
     void buildPlantDocks(simulator::SimulatedService &plant);
     void showSystemMenu(const QPoint &place);
     void buildBanner();
+    void buildStatusBar();
     void restoreLayout();
     void applyDefaultSizes();
     bool mayDiscardTexts();

@@ -145,7 +145,7 @@ QVector<OrbItemId> SystemView::selectedIds() const
 
 QSize SystemView::sizeHint() const
 {
-    return {header()->length() + 2 * frameWidth() + verticalScrollBar()->sizeHint().width(),
+    return {columnsWidth + 2 * frameWidth() + verticalScrollBar()->sizeHint().width(),
             fontMetrics().height() * 24};
 }
 
@@ -228,8 +228,12 @@ void SystemView::layOutColumns()
     fit(SystemModel::VoltageSetColumn, voltageText(-8888));
     fit(SystemModel::VoltageMeasureColumn, voltageText(-8888));
     fit(SystemModel::CurrentMeasureColumn, currentText(-888.888e-6));
-    fit(SystemModel::StateColumn,
-        stateText(SystemState::Off)); // no scroll bar as long as the mark and a word fit
+    fit(SystemModel::StateColumn, stateText(SystemState::Emergency));
+    const int mark = style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this) + margin / 2;
+    setColumnWidth(SystemModel::StateColumn, columnWidth(SystemModel::StateColumn) + mark);
+    // Words beside the name, numbers beside numbers; and it is in sight however narrow the view is.
+    header()->moveSection(SystemModel::StateColumn, 1);
+    columnsWidth = header()->length();
     header()->setStretchLastSection(true);
     header()->setSectionsMovable(false);
 }

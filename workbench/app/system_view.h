@@ -70,6 +70,7 @@ private:
     QSet<QString> expandedKeys;
     QSet<QString> selectedKeys;
     QString currentKey;
+    int columnsWidth = 0; ///< all of them as wide as their values
     bool restoring = false;
     bool chosenByPress = false; ///< the press under way has made its choice
 };
