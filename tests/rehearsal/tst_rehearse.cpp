@@ -348,6 +348,25 @@ private Q_SLOTS:
         QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.err));
     }
 
+    // "rehearse ... | head": the reader goes, the rehearsal does not.
+    void goesOnWithoutAReader()
+    {
+        const QString report = program.path(QStringLiteral("unread"));
+        const QString path = program.write(QStringLiteral("unread.txt"), "# a\nwait 0100\n# b\n");
+        QProcess process;
+        process.setStandardOutputFile(QProcess::nullDevice());
+        process.start(QStringLiteral("bash"),
+                      {QStringLiteral("-c"),
+                       QStringLiteral("exec 3> >(:); wait $!; "
+                                      "exec \"$0\" rehearse \"$1\" --report \"$2\" >&3"),
+                       QStringLiteral(WORKBENCH), path, report});
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(process.exitCode(), 1);
+        QVERIFY(process.readAllStandardError().contains("The transcript could not be written"));
+        QCOMPARE(RehearsalProgram::readReport(report).value(QLatin1String("transcript")).toArray().size(), 4);
+    }
+
     void interrupts_data()
     {
         QTest::addColumn<QString>("name");
@@ -392,6 +411,7 @@ private Q_SLOTS:
         QCOMPARE(process.exitStatus(), QProcess::NormalExit);
         QCOMPARE(process.exitCode(), exitCode);
         QVERIFY2(!out.contains("# next"), out.constData());
+        QVERIFY2(out.contains("\n2 files, 1 stopped, 1 not run, nothing failed ("), out.constData());
         const QJsonObject json = RehearsalProgram::readReport(report);
         QCOMPARE(json.value(QLatin1String("exitCode")).toInt(), exitCode);
         QVERIFY(!json.value(QLatin1String("interruption")).toString().isEmpty());

@@ -170,6 +170,10 @@ int rehearse(int argumentCount, char **arguments, const QString &version)
 {
     // Never on somebody's display, also where there is one.
     qputenv("QT_QPA_PLATFORM", "offscreen");
+#ifdef Q_OS_UNIX
+    // The report is wanted also when nobody reads the transcript to its end; the interpreter sets the same.
+    std::signal(SIGPIPE, SIG_IGN);
+#endif
     OwnOutput ownOutput;
     defaultMessageHandler = qInstallMessageHandler(writeMessage);
     // Qt gets none of our arguments, some of which are called as its own.

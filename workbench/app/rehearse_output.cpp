@@ -7,6 +7,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
 #include <cmath>
 
 namespace workbench
@@ -142,9 +143,18 @@ void RehearseOutput::printResult(const rehearsal::Recording &recording, const QS
         out << recording.interruption << QLatin1Char('\n');
     const int failures = static_cast<int>(recording.failures.size()) + recording.failuresLeftOut;
     const auto warnings = static_cast<int>(recording.warnings.size());
-    QStringList parts{counted(static_cast<int>(recording.files.size()), tr("file"), tr("files")),
-                      failures == 0 ? tr("nothing failed")
-                                    : counted(failures, tr("failure"), tr("failures"))};
+    QStringList parts{counted(static_cast<int>(recording.files.size()), tr("file"), tr("files"))};
+    const auto of = [&recording](const QString &outcome) {
+        return std::count_if(
+            recording.files.begin(), recording.files.end(),
+            [&outcome](const rehearsal::FileRecord &file) { return file.outcome == outcome; });
+    };
+    for (const char *const outcome : {"stopped", "not run"}) {
+        const auto files = of(QLatin1String(outcome));
+        if (files > 0)
+            parts << tr("%1 %2").arg(QString::number(files), QLatin1String(outcome));
+    }
+    parts << (failures == 0 ? tr("nothing failed") : counted(failures, tr("failure"), tr("failures")));
     if (warnings > 0)
         parts << counted(warnings, tr("warning"), tr("warnings"));
     out << parts.join(QStringLiteral(", ")) << QStringLiteral(" (") << rehearsal::timeText(recording.duration)
