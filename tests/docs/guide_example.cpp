@@ -24,6 +24,8 @@ QVector<Block> fencedBlocks(const QString &page, QString &error)
         if (!line.startsWith(QLatin1String("```"))) {
             if (isInside)
                 blocks.last().lines << line;
+            else if (line.startsWith(QLatin1String("    ")) && i > 0 && lines.at(i - 1).isEmpty())
+                error = QStringLiteral("line %1: nobody executes a block without a language").arg(i + 1);
             continue;
         }
         if (!isInside)
@@ -33,6 +35,15 @@ QVector<Block> fencedBlocks(const QString &page, QString &error)
     if (isInside)
         error = QStringLiteral("the block of line %1 does not end").arg(blocks.constLast().line);
     return blocks;
+}
+
+/// Executed by run_page.sh, or held against something else, or for machines that are not here.
+bool isLeftToOthers(const QString &language)
+{
+    static const QStringList languages{QStringLiteral("sh"),   QStringLiteral("output"),
+                                       QStringLiteral("json"), QStringLiteral("console"),
+                                       QStringLiteral("text"), QStringLiteral("bat")};
+    return languages.contains(language);
 }
 
 bool lineMatches(const QString &line, const QString &expected)
@@ -84,8 +95,13 @@ QVector<GuideExample> readGuide(const QString &page, QString &error)
             examples.append({block.line, GuideExample::CommandSession, {}, block.lines});
         else if (block.language == QLatin1String("python-terminal"))
             examples.append({block.line, GuideExample::PythonSession, {}, block.lines});
-        else
+        else if (isLeftToOthers(block.language))
             continue;
+        else {
+            error =
+                QStringLiteral("line %1: nobody executes a block \"%2\"").arg(block.line).arg(block.language);
+            return examples;
+        }
         wantsTranscript = !isTranscript && !examples.constLast().text.isEmpty();
     }
     if (wantsTranscript)

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Runs what a page tells its readers to type: each block that is fenced as "sh", by itself and from the first to the
-# last, until one fails. Blocks that cannot be run here are fenced as something else: console, text, bat.
+# last, until one fails. A block that is fenced as "output" shows lines that the one before it prints, in this order;
+# "…" in a line stands for anything. Blocks that cannot be run here are fenced as something else: console, text, bat.
 # Usage: run_page.sh PAGE FOLDER HOME
 #   FOLDER  where the reader is at the beginning of each block
 #   HOME    the reader's home, which is emptied first
@@ -9,24 +10,51 @@ set -euo pipefail
 page=$1
 folder=$2
 home=$3
+blocks=$home/.blocks
 rm -rf "$home"
-mkdir -p "$home/.blocks"
+mkdir -p "$blocks"
 
-# A file per block, named after the line of its first command.
-awk -v blocks="$home/.blocks" '
-    /^```/ { if (file != "") { close(file); file = "" } else if (!other) { if ($1 == "```sh") file = sprintf("%s/%05d", blocks, NR + 1); else other = 1 } else other = 0; next }
+# A file per block, named after the line of its first command; what it prints is in one that ends in .output.
+awk -v blocks="$blocks" '
+    /^```/ {
+        if (inside) { inside = 0; if (file != "") close(file); file = ""; next }
+        inside = 1
+        if ($1 == "```sh") file = last = sprintf("%s/%05d", blocks, NR + 1)
+        else if ($1 == "```output" && last == "") { print "FAILED: line " NR ": output of nothing"; exit 1 }
+        else if ($1 == "```output") file = last ".output"
+        next
+    }
     file != "" { print > file }' "$page"
 
+# lacks PRINTED EXPECTED: prints the first line that is not there where it should be.
+lacks() {
+    awk 'NR == FNR { printed[++count] = $0; next }
+        {
+            pattern = $0
+            gsub(/[][\\.*^$+?(){}|]/, "\\\\&", pattern)
+            gsub(/…/, ".*", pattern)
+            while (++at <= count && printed[at] !~ ("^" pattern "$")) ;
+            if (at > count) { print; exit }
+        }' "$1" "$2"
+}
+
 count=0
-for block in "$home"/.blocks/*; do
+for block in "$blocks"/*[0-9]; do
     [[ -f $block ]] || break
     line=$((10#${block##*/}))
     echo "== $page:$line"
     status=0
-    (cd "$folder" && HOME=$home bash -euo pipefail "$block" </dev/null) || status=$?
+    (cd "$folder" && HOME=$home bash -euo pipefail "$block" </dev/null) 2>&1 | tee "$home/.printed" || status=$?
     if ((status != 0)); then
         printf 'FAILED: %s:%s, exit code %s:\n%s\n' "$page" "$line" "$status" "$(<"$block")"
         exit 1
+    fi
+    if [[ -f $block.output ]]; then
+        missing=$(lacks "$home/.printed" "$block.output")
+        if [[ -n $missing ]]; then
+            printf 'FAILED: %s:%s does not print, where the page has it:\n%s\n' "$page" "$line" "$missing"
+            exit 1
+        fi
     fi
     count=$((count + 1))
 done

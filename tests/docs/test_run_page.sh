@@ -37,5 +37,12 @@ fi
 page "each block from the same folder" 0 "here: $scratch/folder" '```sh' 'cd /' '```' '```sh' 'echo "here: $PWD"' '```'
 page "a home of its own" 0 "home: $scratch/home" '```sh' 'echo "home: $HOME"' '```'
 page "nobody types answers" 0 "end of input" '```sh' 'read -r line || echo "end of input"' '```'
+page "what it prints" 0 "2 blocks" '```sh' 'printf "%s\n" one two "three (3)"' '```' so '```output' 'o…' 'three (…)' '```' '```sh' true '```'
+page "nothing of what is shown" 1 "page.md:2 does not print, where the page has it:"$'\n'"four" '```sh' 'echo three' '```' '```output' four '```'
+page "another order than is shown" 1 "one" '```sh' 'echo one; echo two' '```' '```output' two one '```'
+page "more in a line than is shown" 1 "has it" '```sh' 'echo one two' '```' '```output' one '```'
+page "a point is a point" 1 "has it" '```sh' 'echo one' '```' '```output' 'on.' '```'
+page "errors are printed too" 0 "1 blocks" '```sh' 'echo one >&2' '```' '```output' one '```'
+page "output of nothing" 1 "line 1: output of nothing" '```output' one '```' '```sh' true '```'
 
 ((failures == 0))

@@ -116,7 +116,7 @@ private:
 
 QString TestGuides::textOf(const QString &page)
 {
-    QFile file(QStringLiteral(GUIDES "/") + page);
+    QFile file(QStringLiteral(PROJECT_FOLDER "/") + page);
     if (!file.open(QIODevice::ReadOnly))
         qFatal("%s: %s", qUtf8Printable(file.fileName()), qUtf8Printable(file.errorString()));
     return QString::fromUtf8(file.readAll());
@@ -125,7 +125,7 @@ QString TestGuides::textOf(const QString &page)
 void TestGuides::initTestCase()
 {
     // Pages that promise that their examples are executed have some.
-    for (const char *page : {"operators_guide.md", "scripting_guide.md"}) {
+    for (const char *page : {"docs/operators_guide.md", "docs/scripting_guide.md"}) {
         QString error;
         QVERIFY2(readGuide(textOf(QLatin1String(page)), error).size() >= 4, page);
     }
@@ -134,8 +134,13 @@ void TestGuides::initTestCase()
 void TestGuides::examples_data()
 {
     QTest::addColumn<GuideExample>("example");
-    const QStringList pages = QDir(QStringLiteral(GUIDES)).entryList({QStringLiteral("*.md")}, QDir::Files);
-    for (const QString &page : pages) {
+    QStringList pages{QStringLiteral("README.md"), QStringLiteral("examples/README.md"),
+                      QStringLiteral("docs/python_reference/README.md")};
+    const QStringList guides =
+        QDir(QStringLiteral(PROJECT_FOLDER "/docs")).entryList({QStringLiteral("*.md")}, QDir::Files);
+    for (const QString &guide : guides)
+        pages.append(QStringLiteral("docs/") + guide);
+    for (const QString &page : qAsConst(pages)) {
         QString error;
         const QVector<GuideExample> examples = readGuide(textOf(page), error);
         QVERIFY2(error.isEmpty(), qUtf8Printable(page + QLatin1String(": ") + error));
@@ -161,6 +166,13 @@ void TestGuides::faultyPages_data()
     QTest::addColumn<QString>("complaint");
     QTest::newRow("open block") << QStringLiteral("a\n```sh\nls\n")
                                 << QStringLiteral("the block of line 2 does not end");
+    QTest::newRow("unknown language") << QStringLiteral("a\n```ruby\n1\n```\n")
+                                      << QStringLiteral("line 2: nobody executes a block \"ruby\"");
+    QTest::newRow("no language") << QStringLiteral("```\n1\n```\n")
+                                 << QStringLiteral("line 1: nobody executes a block \"\"");
+    QTest::newRow("indented") << QStringLiteral("a\n\n    ls\n")
+                              << QStringLiteral("line 3: nobody executes a block without a language");
+    QTest::newRow("part of a list") << QStringLiteral("- a\n    b\n\n  c\n") << QString();
     QTest::newRow("no transcript at the end")
         << QStringLiteral("```python\n1\n```\n") << QStringLiteral("line 1: a file without a transcript");
     QTest::newRow("no transcript before the next")

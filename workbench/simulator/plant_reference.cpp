@@ -20,7 +20,9 @@ constexpr char Introduction[] =
 A plant file says what the workbench simulates: controllers, their lines, the crates and modules on them, the loads on
 the channels, and what is going to go wrong.
 
-    terminal-workbench --plant examples/plants/full_crate.json
+```console
+$ terminal-workbench --plant examples/plants/full_crate.json
+```
 
 It is JSON. The shortest module there is, on a bench, with a load of 500 kOhm on each of its channels:
 
