@@ -28,9 +28,11 @@ class TestTerminalWorkbench : public QObject
 private:
     QTemporaryDir dir;
 
-    Outcome start(const QStringList &arguments)
+    Outcome start(const QStringList &arguments,
+                  const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
     {
         QProcess process;
+        process.setProcessEnvironment(environment);
         process.setStandardInputFile(QProcess::nullDevice());
         process.start(QStringLiteral(WORKBENCH),
                       QStringList(QStringLiteral("--config-dir")) + QStringList(dir.path()) + arguments);
@@ -149,6 +151,34 @@ private Q_SLOTS:
                                        QStringLiteral("--quit-when-done")});
         QCOMPARE(outcome.exitCode, 0);
         QVERIFY(QFileInfo(dir.filePath(QStringLiteral("layout.json"))).size() > 0);
+    }
+
+    void needsNoDisplay_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("said");
+        QTest::newRow("help") << QStringList(QStringLiteral("--help")) << 0 << QStringLiteral("--screenshot");
+        QTest::newRow("nonsense") << QStringList(QStringLiteral("nonsense")) << 2
+                                  << QStringLiteral("Unexpected argument \"nonsense\"");
+        QTest::newRow("nothing to do")
+            << QStringList() << 2 << QStringLiteral("There is no screen to show a window on.");
+        QTest::newRow("a picture") << QStringList{QStringLiteral("--screenshot"),
+                                                  dir.filePath(QStringLiteral("no_display.png"))}
+                                   << 0 << QStringLiteral("no_display.png");
+    }
+
+    void needsNoDisplay()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, exitCode);
+        QFETCH(QString, said);
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const char *variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+            environment.remove(QLatin1String(variable));
+        const Outcome outcome = start(arguments, environment);
+        QVERIFY2(outcome.exitCode == exitCode, qPrintable(outcome.err));
+        QVERIFY2((outcome.out + outcome.err).contains(said), qPrintable(outcome.out + outcome.err));
     }
 
     void refuses_data()
