@@ -372,6 +372,25 @@ run test --preset fast
 returns 2
 says "Usage:"
 
+# None of them does anything but say how it is used: there is no program that it could call.
+for script in bootstrap provide_python run test package format lint fuzz benchmark; do
+    begin "help from $script"
+    run "$script" --help
+    returns 0
+    says "Usage: tools/$script"
+done
+
+begin "help before the first build"
+run run --help
+says "Once it is built, this lists"
+
+begin "formatting with an argument that there is not"
+fake clang-format 'echo "clang-format version 14.0.6"; echo "called with $*"'
+run format --chek
+returns 2
+says "Usage:"
+says_not "called with"
+
 workbench=$scratch/tree/build/run/workbench/app/terminal-workbench
 mkdir -p "${workbench%/*}"
 
