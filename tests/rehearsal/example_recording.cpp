@@ -50,6 +50,7 @@ Recording exampleRecording()
     ramped.limits.append(0);
     ramped.tripped = true;
     ramped.crossed = true;
+    ramped.crossings.push_back({0, 2, 5, 1000});
     ramped.endState = QStringLiteral("off");
     recording.channels.push_back(ramped);
 

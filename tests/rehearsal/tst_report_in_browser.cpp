@@ -1,20 +1,19 @@
+#include "tests/rehearsal/browser.h"
 #include "tests/rehearsal/rehearsal_program.h"
 
 #include <QFile>
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QProcess>
 #include <QRegularExpression>
-#include <QStandardPaths>
 #include <QTest>
+
+using browser::show;
+using browser::Shown;
 
 namespace
 {
 
-constexpr int LongestStart = 120000; // ms, of a browser on a busy machine
-
 /// Writes into the page what a reader would see of it.
-const char *const Measure = R"(<script>
+const char *const Measure = R"(
 const box = element => element.getBoundingClientRect();
 const seen = {
   width: innerWidth,
@@ -33,11 +32,7 @@ const seen = {
     .filter(e => e.childNodes.length === 1 && e.firstChild.nodeType === 3 && e.checkVisibility()
       && parseFloat(getComputedStyle(e).fontSize) < 9).length,
 };
-const result = document.createElement('pre');
-result.id = 'measured';
-result.textContent = btoa(JSON.stringify(seen));
-parent.document.body.append(result);
-</script>)";
+)";
 
 /// The cells' numbers, as the page has them, of the first row that has this attribute.
 QVector<double> rowValues(const QString &dom, const QString &attribute)
@@ -64,34 +59,6 @@ private:
     RehearsalProgram program;
     QString reportDir;
     QJsonObject report;
-
-    struct Shown
-    {
-        QString dom;
-        QString messages; ///< of the page, in the browser's console
-    };
-
-    /// What the browser makes of a page.
-    void show(const QString &page, int width, Shown &shown)
-    {
-        const QString browser = QStandardPaths::findExecutable(QStringLiteral("chromium"));
-        QVERIFY2(!browser.isEmpty(), "there is no chromium; tools/bootstrap installs it");
-        QTemporaryDir profile;
-        QProcess process;
-        process.start(browser,
-                      {QStringLiteral("--headless"), QStringLiteral("--no-sandbox"),
-                       QStringLiteral("--disable-gpu"), QStringLiteral("--disable-dev-shm-usage"),
-                       QStringLiteral("--no-first-run"), QStringLiteral("--disable-background-networking"),
-                       QStringLiteral("--enable-logging=stderr"),
-                       QStringLiteral("--user-data-dir=") + profile.path(),
-                       QStringLiteral("--window-size=%1,900").arg(width), QStringLiteral("--dump-dom"),
-                       QStringLiteral("file://") + page});
-        QVERIFY(process.waitForFinished(LongestStart));
-        QCOMPARE(process.exitCode(), 0);
-        shown.dom = QString::fromUtf8(process.readAllStandardOutput());
-        const QStringList lines = QString::fromUtf8(process.readAllStandardError()).split(QLatin1Char('\n'));
-        shown.messages = lines.filter(QStringLiteral("CONSOLE")).join(QLatin1Char('\n'));
-    }
 
     QByteArray page() const
     {
@@ -165,21 +132,10 @@ private Q_SLOTS:
     void isSeen()
     {
         QFETCH(int, width);
-        const QString measured =
-            QString::fromUtf8(page()
-                                  .replace("<meta http-equiv=\"Content-Security-Policy\"", "<meta name=\"x\"")
-                                  .replace("</body>", QByteArray(Measure) + "</body>"));
-        // In a frame, because no window of the browser is as narrow as a phone.
-        const QByteArray frame =
-            QStringLiteral("<!DOCTYPE html><body><iframe style=\"border:0\" width=\"%1\" "
-                           "height=\"900\" srcdoc=\"%2\"></iframe></body>")
-                .arg(QString::number(width), measured.toHtmlEscaped())
-                .toUtf8();
         Shown shown;
-        show(program.write(QStringLiteral("measured.html"), frame), 1400, shown);
-        const QString coded =
-            shown.dom.section(QStringLiteral("<pre id=\"measured\">"), 1).section(QLatin1Char('<'), 0, 0);
-        const QJsonObject seen = QJsonDocument::fromJson(QByteArray::fromBase64(coded.toLatin1())).object();
+        show(program.write(QStringLiteral("measured.html"), browser::framed(page(), Measure, width, 900)),
+             1400, shown);
+        const QJsonObject seen = browser::seen(shown);
         QVERIFY2(!seen.isEmpty(), qPrintable(shown.messages));
         QCOMPARE(seen.value(QLatin1String("width")).toInt(), width);
         QVERIFY2(seen.value(QLatin1String("needed")).toInt() <= width,

@@ -8,6 +8,8 @@
 
 #include <algorithm>
 
+using rehearsal::Finding;
+using rehearsal::Mark;
 using rehearsal::Recording;
 using rehearsal::reportPage;
 
@@ -88,9 +90,9 @@ private Q_SLOTS:
     {
         const QString figure = part(reportPage(exampleRecording()), "<figure", "</figure>");
         QVERIFY(figure.contains(QStringLiteral("<path class=\"limit\"")));
-        QVERIFY(figure.contains(QStringLiteral(">limit 800 V</span>")));
-        QVERIFY(figure.contains(QStringLiteral(">plant&#39;s limit 2000 V</span>")));
-        QVERIFY2(figure.contains(QStringLiteral("beyond the picture: plant&#39;s limit 4 mA")),
+        QVERIFY(figure.contains(QStringLiteral(">limit </span>800 V</span>")));
+        QVERIFY(figure.contains(QStringLiteral(">plant </span>2000 V</span>")));
+        QVERIFY2(figure.contains(QStringLiteral("beyond the picture: plant 4 mA")),
                  "a limit that would make the picture flat is told instead");
         QCOMPARE(figure.count(QStringLiteral("<path class=\"mark command\"")), 2); // in both panels
         QCOMPARE(figure.count(QStringLiteral("<path class=\"mark error\"")), 2);
@@ -98,6 +100,34 @@ private Q_SLOTS:
         QVERIFY(figure.contains(QStringLiteral("href=\"#request-1\"")));
         QVERIFY(figure.contains(QStringLiteral("8.000 s: Event.currentTrip")));
         QVERIFY(figure.contains(QStringLiteral("tripped")));
+    }
+
+    void ofMuchTheGravestIsTold()
+    {
+        Recording recording = exampleRecording();
+        std::vector<Mark> &marks = recording.channels.front().marks;
+        marks.clear();
+        for (int i = 0; i < 40; ++i)
+            marks.push_back({Mark::Event, 0.1 * i, -1, QStringLiteral("Event.endOfRamp")});
+        marks.push_back({Mark::Error, 9, -1, QStringLiteral("Error.currentTrip")});
+        const QString list = part(reportPage(recording), "<ul class=\"happened\">", "</ul>");
+        QCOMPARE(list.count(QStringLiteral("<li")), 13);
+        QVERIFY2(list.contains(QStringLiteral("9.000 s: Error.currentTrip</li><li>and 29 more")),
+                 qPrintable(list));
+    }
+
+    // A line for each of them would make the picture grey.
+    void manyMarksLeaveThePictureReadable()
+    {
+        Recording recording = exampleRecording();
+        std::vector<Mark> &marks = recording.channels.front().marks;
+        marks.clear();
+        for (int i = 0; i < 500; ++i)
+            marks.push_back({i % 100 == 50 ? Mark::Error : Mark::Event, 0.02 * i, -1, QString()});
+        const QString figure = part(reportPage(recording), "<figure", "</figure>");
+        QCOMPARE(figure.count(QStringLiteral("<path class=\"mark error\"")), 2 * 5);
+        QVERIFY(figure.count(QStringLiteral("<path class=\"mark event\"")) > 2 * 50);
+        QVERIFY(figure.count(QStringLiteral("<path class=\"mark event\"")) <= 2 * 100);
     }
 
     // From 0 to 2000 V in 240 units, and 10 s in 1000.
@@ -109,6 +139,53 @@ private Q_SLOTS:
                  qPrintable(part(figure, "<path class=\"voltage\"", "/>")));
         QVERIFY2(figure.contains(QStringLiteral("<path class=\"set\" d=\"M0 240H100V120H800V240H1000\"/>")),
                  qPrintable(part(figure, "<path class=\"set\"", "/>")));
+    }
+
+    void aFailureLeadsToWhereItIsSeen()
+    {
+        Recording recording = exampleRecording();
+        Finding refused;
+        refused.kind = Finding::Request;
+        refused.time = recording.requests.back().time;
+        refused.file = recording.requests.back().file;
+        recording.failures.push_back(refused);
+        Finding unlisted = refused;
+        unlisted.time = 99;
+        recording.failures.push_back(unlisted);
+        const QString page = reportPage(recording);
+        QVERIFY(part(page, "<li class=\"limit\">", "</li>")
+                    .contains(QStringLiteral("5.000 s · <a href=\"#channel-0\">local/0.2.1</a> · ")));
+        const QString request = part(page, "<li class=\"request\">", "</li>");
+        QVERIFY2(request.contains(QStringLiteral("<a href=\"#request-2\">request 2</a>")),
+                 qPrintable(request));
+        QCOMPARE(part(page, "<section id=\"failures\">", "</section>").count(QStringLiteral("request 2")), 1);
+    }
+
+    void tellsOfCrossedLimits()
+    {
+        const QString table = part(reportPage(exampleRecording()), "<table id=\"crossings\">", "</table>");
+        QVERIFY2(table.contains(QStringLiteral("<td>*.voltage&lt;=800 V</td><td class=\"number\" "
+                                               "data-value=\"2\">2</td><td class=\"number\" "
+                                               "data-value=\"5\">5.000 s</td><td class=\"number\" "
+                                               "data-value=\"1000\">1000 V</td>")),
+                 qPrintable(table));
+    }
+
+    // The first screen answers: did it pass, what failed, when and where; how it was run comes after.
+    void failuresComeFirst()
+    {
+        const QString page = reportPage(exampleRecording());
+        QVERIFY(part(page, "<div class=\"verdict", "</div>")
+                    .contains(QStringLiteral("1 × limit crossed, 1 × script failed. Warnings: 1.")));
+        const QStringList order{QStringLiteral("<h1>"), QStringLiteral("<div class=\"verdict"),
+                                QStringLiteral("<section id=\"failures\">"),
+                                QStringLiteral("<section id=\"warnings\">"),
+                                QStringLiteral("<section id=\"run\">")};
+        QVector<int> places;
+        for (const QString &element : order)
+            places << page.indexOf(element);
+        QVERIFY(places.first() > 0);
+        QVERIFY(std::is_sorted(places.begin(), places.end()));
     }
 
     void linksLeadSomewhere()

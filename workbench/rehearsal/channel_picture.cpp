@@ -2,6 +2,7 @@
 
 #include "workbench/rehearsal/axis.h"
 #include "workbench/rehearsal/html_text.h"
+#include "workbench/rehearsal/label_places.h"
 #include "workbench/rehearsal/mark_strip.h"
 #include "workbench/rehearsal/quantity_text.h"
 
@@ -22,6 +23,9 @@ constexpr int TimeTicks = 8;
 constexpr int ValueTicks = 4;
 constexpr double HeadRoom = 1.04;
 constexpr double FarLimit = 2.5; // times the peak: a limit beyond would make the picture flat
+constexpr double LeastBetweenMarks =
+    Width / 100; // lines of commands and events: closer, they would be a grey field
+constexpr double LabelHeight = 0.11; // of the lower of the two panels
 
 QString tr(const char *text)
 {
@@ -53,6 +57,7 @@ struct Level
 {
     double value = 0;
     QString cssClass;
+    QString word; ///< left out where there is no room: the kind of line tells the same
     QString text;
 };
 
@@ -71,7 +76,7 @@ public:
     QString figure() const
     {
         return QStringLiteral("<div class=\"panel\"><div class=\"name\">%1%2</div><div class=\"plot\">%3"
-                              "<div class=\"area\">%4%5</div></div></div>\n")
+                              "<div class=\"area\">%4</div><div class=\"levels\">%5</div></div></div>\n")
             .arg(html(title()), farLevels(), valueTicks(), drawing(), levelTexts());
     }
 
@@ -82,9 +87,9 @@ public:
         const QVector<double> values = axis.ticks();
         for (const double tick : values)
             ticks += span("", QStringLiteral("left:") + percent(axis.share(tick)), axis.text(tick, 1));
-        return QStringLiteral(
-                   "<div class=\"times\"><div class=\"over\">%1</div><div class=\"unit\">%2</div></div>\n")
-            .arg(ticks, html(tr("time, s")));
+        return QStringLiteral("<div class=\"row times\"><span class=\"rowname\">%1</span>"
+                              "<div class=\"over\">%2</div></div>\n")
+            .arg(html(tr("time, s")), ticks);
     }
 
 private:
@@ -105,14 +110,19 @@ private:
         const double sign = peak().value < 0 ? -1 : 1;
         const double own = quantity == Quantity::Voltage ? channel.voltageLimit : channel.currentLimit;
         if (own > 0)
-            levels.push_back(
-                {sign * std::abs(own), QStringLiteral("plant"), tr("plant's limit %1").arg(valueText(own))});
+            levels.push_back({sign * std::abs(own), QStringLiteral("plant"), tr("plant"), valueText(own)});
         for (const int index : channel.limits) {
             const Limit &limit = recording.limits.at(index);
             if (limit.quantity == quantity)
-                levels.push_back({sign * limit.value, QStringLiteral("limit"),
-                                  tr("limit %1").arg(valueText(limit.value))});
+                levels.push_back(
+                    {sign * limit.value, QStringLiteral("limit"), tr("limit"), valueText(limit.value)});
         }
+        const auto isLower = [](const Level &a, const Level &b) { return a.value < b.value; };
+        std::stable_sort(levels.begin(), levels.end(), isLower);
+        const auto isSame = [](const Level &a, const Level &b) {
+            return a.text == b.text && a.cssClass == b.cssClass;
+        };
+        levels.erase(std::unique(levels.begin(), levels.end(), isSame), levels.end());
     }
 
     void chooseAxis()
@@ -138,6 +148,13 @@ private:
         const double largest = std::max(std::abs(axis.least), std::abs(axis.most));
         if (quantity == Quantity::Current)
             unit = largest >= 1 ? 1 : largest >= 1e-3 ? 1e-3 : largest >= 1e-6 ? 1e-6 : 1e-9;
+    }
+
+    QString label() const
+    {
+        const QString what = quantity == Quantity::Voltage ? tr("Voltage") : tr("Current");
+        return tr("%1 of channel %2 over time: at most %3, at %4")
+            .arg(what, channel.name(), valueText(peak().value), timeText(peak().time));
     }
 
     QString title() const
@@ -179,20 +196,16 @@ private:
 
     QString drawing() const
     {
-        const QString label =
-            tr("%1 of channel %2 over time: at most %3, at %4")
-                .arg(title(), channel.name(), valueText(peak().value), timeText(peak().time));
         QString svg = QStringLiteral("<svg viewBox=\"0 0 %1 %2\" preserveAspectRatio=\"none\" role=\"img\" "
                                      "aria-label=\"%3\">")
-                          .arg(coordinate(Width), coordinate(Height), html(label));
+                          .arg(coordinate(Width), coordinate(Height), html(label()));
         const QVector<double> values = axis.ticks();
         for (const double tick : values)
             svg += horizontal(tick == 0 ? QStringLiteral("zero") : QStringLiteral("grid"), tick);
         const QVector<double> times = timeAxis.ticks();
         for (const double tick : times)
             svg += vertical(QStringLiteral("grid"), tick);
-        for (const Mark &mark : channel.marks)
-            svg += vertical(QStringLiteral("mark ") + markClass(mark.kind), mark.time);
+        svg += markLines();
         for (const Level &level : levels) {
             if (isShown(level))
                 svg += horizontal(level.cssClass, level.value);
@@ -200,6 +213,23 @@ private:
         if (quantity == Quantity::Voltage)
             svg += setLine();
         return svg + traceLine() + QStringLiteral("</svg>");
+    }
+
+    QString markLines() const
+    {
+        QString lines;
+        double last[] = {-LeastBetweenMarks, -LeastBetweenMarks};
+        for (const Mark &mark : channel.marks) {
+            if (mark.kind == Mark::Command || mark.kind == Mark::Event) {
+                const double place = timeAxis.share(mark.time) * Width;
+                double &previous = last[mark.kind == Mark::Command ? 0 : 1];
+                if (std::abs(place - previous) < LeastBetweenMarks)
+                    continue;
+                previous = place;
+            }
+            lines += vertical(QStringLiteral("mark ") + markClass(mark.kind), mark.time);
+        }
+        return lines;
     }
 
     QString setLine() const
@@ -228,19 +258,22 @@ private:
         return QStringLiteral("<path class=\"%1\" d=\"%2\"/>").arg(quantityName(quantity), path);
     }
 
+    // Beside the drawing, where they cover no curve.
     QString levelTexts() const
     {
+        QVector<double> shares;
+        for (const Level &level : levels) {
+            if (isShown(level))
+                shares.append(axis.share(level.value));
+        }
+        const QVector<double> places = labelPlaces(shares, LabelHeight);
+        auto place = places.begin();
         QString texts;
         for (const Level &level : levels) {
-            if (!isShown(level))
-                continue;
-            // Beneath a line at the top, above any other.
-            const double share = axis.share(level.value);
-            const bool isHigh = share > 0.8;
-            const QString style = isHigh ? QStringLiteral("top:") + percent(1 - share)
-                                         : QStringLiteral("bottom:") + percent(share);
-            texts += QStringLiteral("<span class=\"level %1\" style=\"%2\">%3</span>")
-                         .arg(level.cssClass, style, html(level.text));
+            if (isShown(level))
+                texts += QStringLiteral("<span class=\"level %1\" style=\"bottom:%2\">"
+                                        "<span class=\"word\">%3 </span>%4</span>")
+                             .arg(level.cssClass, percent(*place++), html(level.word), html(level.text));
         }
         return texts;
     }
@@ -250,7 +283,7 @@ private:
         QStringList texts;
         for (const Level &level : levels) {
             if (!isShown(level))
-                texts << level.text;
+                texts << level.word + QLatin1Char(' ') + level.text;
         }
         return texts.isEmpty()
             ? QString()
@@ -268,7 +301,8 @@ private:
 
 QString keyEntry(const char *cssClass, const QString &text)
 {
-    return QStringLiteral("<li><svg viewBox=\"0 0 32 12\"><path class=\"%1\" d=\"M1 6H31\"/></svg>%2</li>")
+    return QStringLiteral("<li><svg aria-hidden=\"true\" viewBox=\"0 0 32 12\"><path class=\"%1\" d=\"M1 "
+                          "6H31\"/></svg>%2</li>")
         .arg(QLatin1String(cssClass), html(text));
 }
 

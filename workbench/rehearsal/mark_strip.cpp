@@ -13,13 +13,40 @@ namespace rehearsal
 namespace
 {
 
-constexpr double BadgeWidth = 0.07; // of the strip
+// In pixels, of the style's small text.
+constexpr double CharacterWidth = 8;
+constexpr double BadgeEdges = 12;
+constexpr double BadgeGap = 2;
+constexpr double WideStrip = 680; // the narrowest in which it is shown
+constexpr double NarrowStrip = 230;
 constexpr int MostInList = 12;
 constexpr int MostInTip = 8;
 
 QString tr(const char *text)
 {
     return QCoreApplication::translate("rehearsal::MarkStrip", text);
+}
+
+int severity(Mark::Kind kind)
+{
+    switch (kind) {
+    case Mark::Command:
+        return 0;
+    case Mark::Event:
+        return 1;
+    case Mark::Fault:
+        return 2;
+    case Mark::LimitCrossed:
+        return 3;
+    case Mark::Error:
+        break;
+    }
+    return 4;
+}
+
+bool isEarlier(const Mark *a, const Mark *b)
+{
+    return a->time < b->time;
 }
 
 /// Marks that share a badge.
@@ -33,23 +60,6 @@ struct Cluster
             return severity(a->kind) < severity(b->kind);
         };
         return (*std::max_element(marks.begin(), marks.end(), isLess))->kind;
-    }
-
-    static int severity(Mark::Kind kind)
-    {
-        switch (kind) {
-        case Mark::Command:
-            return 0;
-        case Mark::Event:
-            return 1;
-        case Mark::Fault:
-            return 2;
-        case Mark::LimitCrossed:
-            return 3;
-        case Mark::Error:
-            break;
-        }
-        return 4;
     }
 
     QString tip() const
@@ -66,11 +76,49 @@ struct Cluster
     }
 };
 
-std::vector<Cluster> clusters(const std::vector<const Mark *> &marks, double duration)
+int firstRequest(const Cluster &cluster)
 {
+    return cluster.marks.front()->request + 1;
+}
+
+int lastRequest(const Cluster &cluster)
+{
+    return cluster.marks.back()->request + 1;
+}
+
+QString badgeText(const Cluster &cluster)
+{
+    const Mark::Kind kind = cluster.worst();
+    if (kind != Mark::Command) {
+        const auto count = static_cast<int>(cluster.marks.size());
+        return markSign(kind) + (count > 1 ? QString::number(count) : QString());
+    }
+    const int first = firstRequest(cluster);
+    const int last = lastRequest(cluster);
+    if (first == 0)
+        return QStringLiteral("…");
+    return last == first || last == 0 ? QString::number(first) : QStringLiteral("%1–%2").arg(first).arg(last);
+}
+
+/// The most that a badge of the row may have to tell.
+int mostCharacters(const std::vector<const Mark *> &marks)
+{
+    if (marks.empty() || marks.front()->kind != Mark::Command)
+        return 1 + QString::number(marks.size()).size();
+    int last = 0;
+    for (const Mark *mark : marks)
+        last = std::max(last, mark->request + 1);
+    return 2 * QString::number(last).size() + 1;
+}
+
+/// So that no badge lies on another in a strip of this width.
+std::vector<Cluster> clusters(const std::vector<const Mark *> &marks, double duration, double stripWidth)
+{
+    const double width = mostCharacters(marks) * CharacterWidth + BadgeEdges;
+    const double distance = (width + BadgeGap) / (stripWidth - width) * duration;
     std::vector<Cluster> result;
     for (const Mark *mark : marks) {
-        if (result.empty() || mark->time - result.back().marks.front()->time > BadgeWidth * duration)
+        if (result.empty() || mark->time - result.back().marks.front()->time >= distance)
             result.emplace_back();
         result.back().marks.push_back(mark);
     }
@@ -79,32 +127,55 @@ std::vector<Cluster> clusters(const std::vector<const Mark *> &marks, double dur
 
 QString position(const Cluster &cluster, double duration)
 {
-    // A badge is centred there, and stays in the strip.
-    return QStringLiteral("clamp(14px,%1%,calc(100% - 14px))")
-        .arg(QString::number(cluster.marks.front()->time / duration * 100, 'f', 2));
+    return QString::number(cluster.marks.front()->time / duration * 100, 'f', 2) + QLatin1Char('%');
 }
 
 QString commandBadge(const Cluster &cluster, double duration)
 {
-    const int first = cluster.marks.front()->request + 1;
-    const int last = cluster.marks.back()->request + 1;
-    QString text = QString::number(first);
-    if (first == 0)
-        text = markSign(Mark::Command);
-    else if (last != first && last != 0)
-        text += QStringLiteral("–") + QString::number(last);
-    const QString link = first == 0 ? QStringLiteral("#requests") : QStringLiteral("#request-%1").arg(first);
-    return QStringLiteral("<a class=\"badge command\" href=\"%1\" style=\"left:%2\" title=\"%3\">%4</a>")
-        .arg(link, position(cluster, duration), html(cluster.tip()), text);
+    const int first = firstRequest(cluster);
+    const int last = lastRequest(cluster);
+    QString link = QStringLiteral("#request-%1").arg(first);
+    QString spoken = tr("request %1").arg(first);
+    if (first == 0) {
+        link = QStringLiteral("#requests");
+        spoken = tr("the table of requests");
+    } else if (last > first) {
+        spoken = tr("requests %1 to %2").arg(first).arg(last);
+    }
+    return QStringLiteral("<a class=\"badge command\" href=\"%1\" style=\"--at:%2\" title=\"%3\" "
+                          "aria-label=\"%4\">%5</a>")
+        .arg(link, position(cluster, duration), html(cluster.tip()), html(spoken), badgeText(cluster));
 }
 
 QString eventBadge(const Cluster &cluster, double duration)
 {
-    const Mark::Kind kind = cluster.worst();
-    const auto count = static_cast<int>(cluster.marks.size());
-    const QString text = markSign(kind) + (count > 1 ? QString::number(count) : QString());
-    return QStringLiteral("<span class=\"badge %1\" style=\"left:%2\" title=\"%3\">%4</span>")
-        .arg(markClass(kind), position(cluster, duration), html(cluster.tip()), text);
+    return QStringLiteral("<span class=\"badge %1\" style=\"--at:%2\" title=\"%3\">%4</span>")
+        .arg(markClass(cluster.worst()), position(cluster, duration), html(cluster.tip()),
+             badgeText(cluster));
+}
+
+QString row(const QString &name, const QString &badges, const char *attributes)
+{
+    return badges.isEmpty() ? QString()
+                            : QStringLiteral("<div class=\"row\"%1><span class=\"rowname\">%2</span>"
+                                             "<div class=\"over\">%3</div></div>")
+                                  .arg(QLatin1String(attributes), html(name), badges);
+}
+
+QString strip(const char *cssClass, double width, const std::vector<const Mark *> &commands,
+              const std::vector<const Mark *> &others, double duration)
+{
+    QString commandBadges;
+    for (const Cluster &cluster : clusters(commands, duration, width))
+        commandBadges += commandBadge(cluster, duration);
+    QString eventBadges;
+    for (const Cluster &cluster : clusters(others, duration, width))
+        eventBadges += eventBadge(cluster, duration);
+    // What the events' badges tell is read out from the list of what happened.
+    return QStringLiteral("<div class=\"strip %1\">%2</div>\n")
+        .arg(QLatin1String(cssClass),
+             row(tr("commands"), commandBadges, "")
+                 + row(tr("events"), eventBadges, " aria-hidden=\"true\""));
 }
 
 } // namespace
@@ -149,43 +220,38 @@ QString markStrip(const Recording &recording, const ChannelRecord &channel)
     std::vector<const Mark *> others;
     for (const Mark &mark : channel.marks)
         (mark.kind == Mark::Command ? commands : others).push_back(&mark);
-    const auto isEarlier = [](const Mark *a, const Mark *b) { return a->time < b->time; };
     std::stable_sort(commands.begin(), commands.end(), isEarlier);
     std::stable_sort(others.begin(), others.end(), isEarlier);
 
     const double duration = std::max(recording.duration, 1e-3);
-    QString commandRow;
-    for (const Cluster &cluster : clusters(commands, duration))
-        commandRow += commandBadge(cluster, duration);
-    QString eventRow;
-    for (const Cluster &cluster : clusters(others, duration))
-        eventRow += eventBadge(cluster, duration);
-    QString rows =
-        QStringLiteral(
-            "<div class=\"row\"><span class=\"rowname\">%1</span><div class=\"over\">%2</div></div>")
-            .arg(html(tr("commands")), commandRow);
-    if (!others.empty())
-        rows += QStringLiteral(
-                    "<div class=\"row\"><span class=\"rowname\">%1</span><div class=\"over\">%2</div></div>")
-                    .arg(html(tr("events")), eventRow);
-    return QStringLiteral("<div class=\"strip\">%1</div>\n").arg(rows);
+    return strip("wide", WideStrip, commands, others, duration)
+        + strip("narrow", NarrowStrip, commands, others, duration);
 }
 
 QString markList(const ChannelRecord &channel)
 {
-    QString items;
-    int count = 0;
+    std::vector<const Mark *> marks;
     for (const Mark &mark : channel.marks) {
-        if (mark.kind == Mark::Command)
-            continue;
-        if (++count <= MostInList)
-            items +=
-                QStringLiteral("<li class=\"%1\">%2 %3: %4</li>")
-                    .arg(markClass(mark.kind), markSign(mark.kind), timeText(mark.time), html(mark.text));
+        if (mark.kind != Mark::Command)
+            marks.push_back(&mark);
     }
-    if (count > MostInList)
-        items += QStringLiteral("<li>%1</li>")
-                     .arg(html(tr("and %1 more, in the table of events").arg(count - MostInList)));
+    const int more = static_cast<int>(marks.size()) - MostInList;
+    if (more > 0) {
+        const auto isGraver = [](const Mark *a, const Mark *b) {
+            return severity(a->kind) > severity(b->kind);
+        };
+        std::stable_sort(marks.begin(), marks.end(), isGraver);
+        marks.resize(MostInList);
+    }
+    std::stable_sort(marks.begin(), marks.end(), isEarlier);
+
+    QString items;
+    for (const Mark *mark : marks)
+        items +=
+            QStringLiteral("<li class=\"%1\">%2 %3: %4</li>")
+                .arg(markClass(mark->kind), markSign(mark->kind), timeText(mark->time), html(mark->text));
+    if (more > 0)
+        items += QStringLiteral("<li>%1</li>").arg(html(tr("and %1 more, in the table of events").arg(more)));
     if (channel.marksLeftOut > 0)
         items += QStringLiteral("<li>%1</li>")
                      .arg(html(tr("%1 more commands and events are not marked.").arg(channel.marksLeftOut)));

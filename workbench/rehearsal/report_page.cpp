@@ -61,7 +61,7 @@ QString verdict(const Recording &recording)
                        .arg(warned);
     if (failures > 0) {
         head = failures == 1 ? tr("✖ 1 failure") : tr("✖ %1 failures").arg(failures);
-        text = warned;
+        text = tr("%1. %2").arg(findingCounts(recording.failures), warned);
     }
     if (!recording.interruption.isEmpty()) {
         head += tr(" – interrupted");
@@ -89,7 +89,7 @@ QString facts(const Recording &recording)
         + fact(tr("Took"), timeText(recording.duration))
         + fact(tr("Plant"), recording.plant.isEmpty() ? tr("built in") : recording.plant)
         + fact(tr("Seed"), QString::number(recording.seed))
-        + fact(tr("Limits"), limits.isEmpty() ? tr("none given") : limits.join(QStringLiteral(", ")))
+        + fact(tr("Limits"), limits.isEmpty() ? tr("none given") : limits.join(QLatin1Char('\n')))
         + fact(tr("Channels touched"), QString::number(recording.channels.size()))
         + fact(tr("Exit code"), QString::number(recording.exitCode)) + QStringLiteral("</dl>\n");
 }
@@ -109,10 +109,13 @@ QString pictures(const Recording &recording)
 QString reportPage(const Recording &recording)
 {
     Page page;
-    page.section("failures", tr("Failures"), findingList(recording.failures, recording.failuresLeftOut));
-    page.section("warnings", tr("Warnings"), findingList(recording.warnings, 0));
+    page.section("failures", tr("Failures"),
+                 findingList(recording, recording.failures, recording.failuresLeftOut));
+    page.section("warnings", tr("Warnings"), findingList(recording, recording.warnings, 0));
+    page.section("run", tr("Run"), facts(recording));
     page.section("file-list", tr("Files"), fileTable(recording));
     page.section("peak-list", tr("Peaks"), peakTable(recording));
+    page.section("crossing-list", tr("Crossed limits"), crossingTable(recording));
     page.section("channels", tr("Channels over time"), pictures(recording));
     page.section("ramp-list", tr("Ramps"), rampTable(recording));
     page.section("requests", tr("Requests and writes"), requestTable(recording));
@@ -128,8 +131,8 @@ QString reportPage(const Recording &recording)
                           "img-src data:\">\n<link rel=\"icon\" href=\"data:,\">\n<title>")
         + name + QStringLiteral("</title>\n<style>") + reportStyle()
         + QStringLiteral("</style>\n</head>\n<body>\n<main>\n<h1>") + name + QStringLiteral("</h1>\n")
-        + verdict(recording) + facts(recording) + QStringLiteral("<nav><ul>") + page.links
-        + QStringLiteral("</ul></nav>\n") + page.sections
+        + verdict(recording) + QStringLiteral("<nav aria-label=\"%1\"><ul>").arg(html(tr("Sections")))
+        + page.links + QStringLiteral("</ul></nav>\n") + page.sections
         + QStringLiteral("<footer>%1</footer>\n</main>\n</body>\n</html>\n")
               .arg(html(tr("terminal-workbench %1. Everything here was simulated; no hardware was reached. "
                            "The same in "

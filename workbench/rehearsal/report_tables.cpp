@@ -31,6 +31,11 @@ QString textCell(const QString &text)
     return cell(html(text));
 }
 
+QString outcomeCell(const QString &text)
+{
+    return QStringLiteral("<td class=\"outcome\">%1</td>").arg(html(text));
+}
+
 QString numberCell(double value, const QString &shown)
 {
     if (!std::isfinite(value))
@@ -49,15 +54,16 @@ QString row(const QStringList &cells, const QString &attributes = {})
     return QStringLiteral("<tr%1>%2</tr>\n").arg(attributes, cells.join(QString()));
 }
 
-QString table(const char *id, const QStringList &headings, const QString &rows)
+/// The label is read out when the table is reached by key, from where it is scrolled.
+QString table(const char *id, const QString &label, const QStringList &headings, const QString &rows)
 {
     QString head;
     for (const QString &heading : headings)
         head += QStringLiteral("<th scope=\"col\">%1</th>").arg(html(heading));
-    return QStringLiteral(
-               "<div class=\"scroll\" tabindex=\"0\"><table id=\"%1\"><thead><tr>%2</tr></thead><tbody>\n%3"
-               "</tbody></table></div>\n")
-        .arg(QLatin1String(id), head, rows);
+    return QStringLiteral("<div class=\"scroll\" tabindex=\"0\" role=\"region\" aria-label=\"%1\"><table "
+                          "id=\"%2\"><thead>"
+                          "<tr>%3</tr></thead><tbody>\n%4</tbody></table></div>\n")
+        .arg(html(label), QLatin1String(id), head, rows);
 }
 
 QString leftOutNote(int count)
@@ -73,16 +79,17 @@ QString channelLink(const Recording &recording, std::size_t index)
         .arg(QString::number(index), html(recording.channels.at(index).name()));
 }
 
+/// Short; the whole name is in the table of files.
 QString sourceText(const QString &file, int line)
 {
-    return line > 0 ? QStringLiteral("%1:%2").arg(file, QString::number(line)) : file;
+    const QString name = QFileInfo(file).fileName();
+    return line > 0 ? QStringLiteral("%1:%2").arg(name, QString::number(line)) : name;
 }
 
-/// Short; the whole name is in the table of files.
 QString sourceCell(const RequestRecord &request)
 {
     return QStringLiteral("<td title=\"%1\">%2</td>")
-        .arg(html(request.file), html(sourceText(QFileInfo(request.file).fileName(), request.line)));
+        .arg(html(request.file), html(sourceText(request.file, request.line)));
 }
 
 QString findingTitle(Finding::Kind kind)
@@ -108,6 +115,45 @@ QString findingTitle(Finding::Kind kind)
     return tr("warning");
 }
 
+/// The way to the channel's picture; nothing for a channel that has none.
+QString findingChannel(const Recording &recording, const QString &name)
+{
+    for (std::size_t i = 0; i < recording.channels.size(); ++i) {
+        if (recording.channels.at(i).name() == name)
+            return channelLink(recording, i);
+    }
+    return {};
+}
+
+/// The way to the request that failed; nothing when it is not listed.
+QString findingRequest(const Recording &recording, const Finding &finding)
+{
+    if (finding.kind != Finding::Request && finding.kind != Finding::TimeOut)
+        return {};
+    for (std::size_t i = 0; i < recording.requests.size(); ++i) {
+        const RequestRecord &request = recording.requests.at(i);
+        if (request.time == finding.time && request.file == finding.file && request.line == finding.line)
+            return QStringLiteral("<a href=\"#request-%1\">%2</a>")
+                .arg(QString::number(i + 1), html(tr("request %1").arg(i + 1)));
+    }
+    return {};
+}
+
+/// When, at which channel, in which file.
+QString findingPlace(const Recording &recording, const Finding &finding)
+{
+    QStringList place;
+    if (std::isfinite(finding.time))
+        place << html(timeText(finding.time));
+    place << findingChannel(recording, finding.channel);
+    if (!finding.file.isEmpty())
+        place << QStringLiteral("<span title=\"%1\">%2</span>")
+                     .arg(html(finding.file), html(sourceText(finding.file, finding.line)));
+    place << findingRequest(recording, finding);
+    place.removeAll(QString());
+    return place.join(QStringLiteral(" · "));
+}
+
 QString details(const QString &summary, const QString &text)
 {
     return QStringLiteral("<details><summary>%1</summary><code>%2</code></details>").arg(summary, html(text));
@@ -122,25 +168,34 @@ QString fileTable(const Recording &recording)
         rows += row({textCell(file.name), textCell(file.isScript ? tr("Python file") : tr("command file")),
                      timeCell(file.begin), timeCell(file.end), textCell(file.outcome)});
     }
-    return table("files", {tr("File"), tr("Kind"), tr("Begins"), tr("Ends"), tr("Outcome")}, rows);
+    return table("files", tr("Files"), {tr("File"), tr("Kind"), tr("Begins"), tr("Ends"), tr("Outcome")},
+                 rows);
 }
 
-QString findingList(const std::vector<Finding> &findings, int leftOut)
+QString findingCounts(const std::vector<Finding> &findings)
+{
+    QStringList titles;
+    for (const Finding &finding : findings)
+        titles << findingTitle(finding.kind);
+    QStringList kinds = titles;
+    kinds.removeDuplicates();
+    QStringList counts;
+    for (const QString &kind : std::as_const(kinds))
+        counts << QStringLiteral("%1 × %2").arg(QString::number(titles.count(kind)), kind);
+    return counts.join(QStringLiteral(", "));
+}
+
+QString findingList(const Recording &recording, const std::vector<Finding> &findings, int leftOut)
 {
     if (findings.empty())
         return {};
     QString items;
     for (const Finding &finding : findings) {
-        QStringList where;
-        if (std::isfinite(finding.time))
-            where << timeText(finding.time);
-        if (!finding.file.isEmpty())
-            where << sourceText(finding.file, finding.line);
         const bool isLong = finding.text.contains(QLatin1Char('\n'));
         items +=
             QStringLiteral("<li class=\"%1\"><strong>%2</strong> <span class=\"where\">%3</span>%4</li>\n")
                 .arg(findingName(finding.kind), html(findingTitle(finding.kind)),
-                     html(where.join(QStringLiteral(" · "))),
+                     findingPlace(recording, finding),
                      QStringLiteral("<%1>%2</%1>")
                          .arg(isLong ? QStringLiteral("pre") : QStringLiteral("p"), html(finding.text)));
     }
@@ -161,20 +216,41 @@ QString peakTable(const Recording &recording)
             verdicts << tr("✖ error");
         if (channel.crossed)
             verdicts << tr("▲ limit crossed");
-        if (verdicts.isEmpty())
+        const bool isGood = verdicts.isEmpty();
+        if (isGood)
             verdicts << tr("✔ no trip, no error, no limit crossed");
         rows += row({cell(channelLink(recording, i)),
                      numberCell(channel.voltage.value, voltageText(channel.voltage.value)),
                      timeCell(channel.voltage.time),
                      numberCell(channel.current.value, currentText(channel.current.value)),
-                     timeCell(channel.current.time), textCell(verdicts.join(QStringLiteral(", "))),
+                     timeCell(channel.current.time), outcomeCell(verdicts.join(QStringLiteral(", "))),
                      textCell(channel.endState)},
-                    QStringLiteral(" data-channel=\"%1\"").arg(html(channel.name())));
+                    QStringLiteral(" data-channel=\"%1\"%2")
+                        .arg(html(channel.name()), isGood ? QString() : QStringLiteral(" class=\"bad\"")));
     }
-    return table("peaks",
+    return table("peaks", tr("Peaks"),
                  {tr("Channel"), tr("Highest voltage"), tr("at"), tr("Highest current"), tr("at"),
                   tr("Verdict"), tr("At the end")},
                  rows);
+}
+
+QString crossingTable(const Recording &recording)
+{
+    QString rows;
+    for (std::size_t i = 0; i < recording.channels.size(); ++i) {
+        for (const Crossings &crossings : recording.channels.at(i).crossings) {
+            const Limit &limit = recording.limits.at(crossings.limit);
+            const QString highest = limit.quantity == Quantity::Voltage ? voltageText(crossings.highest)
+                                                                        : currentText(crossings.highest);
+            rows += row({cell(channelLink(recording, i)), textCell(limit.text),
+                         numberCell(crossings.count, QString::number(crossings.count)),
+                         timeCell(crossings.first), numberCell(crossings.highest, highest)});
+        }
+    }
+    if (rows.isEmpty())
+        return {};
+    return table("crossings", tr("Crossed limits"),
+                 {tr("Channel"), tr("Limit"), tr("Times"), tr("First at"), tr("Highest")}, rows);
 }
 
 QString rampTable(const Recording &recording)
@@ -191,7 +267,8 @@ QString rampTable(const Recording &recording)
     }
     if (rows.isEmpty())
         return {};
-    return table("ramps", {tr("Channel"), tr("Begins"), tr("Ends"), tr("Takes"), tr("From"), tr("To")}, rows);
+    return table("ramps", tr("Ramps"),
+                 {tr("Channel"), tr("Begins"), tr("Ends"), tr("Takes"), tr("From"), tr("To")}, rows);
 }
 
 QString requestTable(const Recording &recording)
@@ -216,11 +293,11 @@ QString requestTable(const Recording &recording)
                  cell(what), cell(answer),
                  numberCell(request.latency,
                             std::isfinite(request.latency) ? timeText(request.latency) : QStringLiteral("–")),
-                 textCell((isDone ? QStringLiteral("✔ ") : QStringLiteral("✖ ")) + outcome)},
+                 outcomeCell((isDone ? QStringLiteral("✔ ") : QStringLiteral("✖ ")) + outcome)},
                 QStringLiteral(" id=\"request-%1\"%2")
                     .arg(number, isDone ? QString() : QStringLiteral(" class=\"bad\"")));
     }
-    return table("request-table",
+    return table("request-table", tr("Requests and writes"),
                  {tr("No."), tr("Time"), tr("Controller"), tr("From"), tr("Request"), tr("Answer"),
                   tr("Latency"), tr("Outcome")},
                  rows)
@@ -234,7 +311,7 @@ QString eventTable(const Recording &recording)
     QString rows;
     for (const EventRecord &event : recording.events)
         rows += row({timeCell(event.time), textCell(event.place), textCell(event.text)});
-    return table("event-table", {tr("Time"), tr("Where"), tr("What")}, rows)
+    return table("event-table", tr("Events and faults"), {tr("Time"), tr("Where"), tr("What")}, rows)
         + leftOutNote(recording.eventsLeftOut);
 }
 

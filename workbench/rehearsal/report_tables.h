@@ -11,11 +11,15 @@ namespace rehearsal
 // has it as its attribute "data-value", as it stands in the JSON report.
 
 QString fileTable(const Recording &recording);
-QString findingList(const std::vector<Finding> &findings, int leftOut);
+QString findingList(const Recording &recording, const std::vector<Finding> &findings, int leftOut);
 QString peakTable(const Recording &recording);
+QString crossingTable(const Recording &recording);
 QString rampTable(const Recording &recording);
 QString requestTable(const Recording &recording);
 QString eventTable(const Recording &recording);
 QString transcriptText(const Recording &recording);
+
+/// "2 × limit crossed, 1 × channel tripped".
+QString findingCounts(const std::vector<Finding> &findings);
 
 } // namespace rehearsal
