@@ -25,6 +25,7 @@
 #include <QMessageBox>
 #include <QScreen>
 #include <QStatusBar>
+#include <QStyle>
 #include <QTimer>
 
 #include <algorithm>
@@ -274,7 +275,8 @@ void MainWindow::applyDefaultSizes()
     for (quint32 classId : classes) {
         if (ToolDock *dock = docks->dock(classId)) {
             side.append(dock);
-            widths.append(width() - widths.constFirst());
+            const int separator = style()->pixelMetric(QStyle::PM_DockWidgetSeparatorExtent, nullptr, this);
+            widths.append(width() - widths.constFirst() - separator);
             break;
         }
     }
