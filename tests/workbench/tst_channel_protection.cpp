@@ -20,6 +20,7 @@ private Q_SLOTS:
     void statusOfATrip();
     void inhibit_data();
     void inhibit();
+    void inhibitOnItsWay();
     void inhibitKeepsOff();
     void inhibitActionWhileActive();
     void limits_data();
@@ -27,6 +28,8 @@ private Q_SLOTS:
     void killWhileExceeded();
     void voltageBounds();
     void currentBounds();
+    void boundsOfWhatIsMeasured_data();
+    void boundsOfWhatIsMeasured();
     void clearingWhatStillIsTheCase_data();
     void clearingWhatStillIsTheCase();
     void emergencyLeavesTheDischargeToTheLoad();
@@ -206,6 +209,24 @@ void TestChannelProtection::inhibit()
     QVERIFY(bench.isTrue("Error.externalInhibitActive"));
 }
 
+// On its way up it turns round where it is.
+void TestChannelProtection::inhibitOnItsWay()
+{
+    ChannelBench bench;
+    QVERIFY(bench.set("Setup.externalInhibitAction", "1"));
+    QVERIFY(bench.set("Control.voltageSet", "1000"));
+    QVERIFY(bench.set("Control.on", "1"));
+    bench.advance(3); // 600 V
+    bench.fault(FaultKind::ExternalInhibit, true);
+    QVERIFY(bench.isTrue("Status.voltageRampDown"));
+    bench.advance(1);
+    QVERIFY(isWithin(bench.number("Status.voltageMeasure"), 400, OnePercent));
+    bench.fault(FaultKind::ExternalInhibit, false); // too late
+    bench.advance(10);
+    QCOMPARE(bench.number("Status.voltageMeasure"), 0.0);
+    QVERIFY(isAt(bench.timeOf("Event.endOfRamp"), Start + 6));
+}
+
 void TestChannelProtection::inhibitKeepsOff()
 {
     ChannelBench bench;
@@ -327,6 +348,48 @@ void TestChannelProtection::currentBounds()
     QVERIFY(!bench.isTrue("Status.currentBoundExceeded"));
     QVERIFY(bench.isTrue("Event.currentBoundExceeded"));
     QVERIFY(bench.isTrue("Error.currentBoundExceeded"));
+}
+
+void TestChannelProtection::boundsOfWhatIsMeasured_data()
+{
+    QTest::addColumn<double>("voltageOffset");
+    QTest::addColumn<double>("currentOffset");
+    QTest::addColumn<QByteArray>("condition"); // empty for none
+    QTest::addColumn<bool>("isUpper");
+    QTest::newRow("exact") << 0.0 << 0.0 << QByteArray() << false;
+    QTest::newRow("voltage a little too high") << 39.0 << 0.0 << QByteArray() << false;
+    QTest::newRow("voltage too high") << 41.0 << 0.0 << QByteArray("voltageBoundExceeded") << true;
+    QTest::newRow("voltage too low") << -41.0 << 0.0 << QByteArray("voltageBoundExceeded") << false;
+    QTest::newRow("current a little too high") << 0.0 << 0.00024 << QByteArray() << false;
+    QTest::newRow("current too high") << 0.0 << 0.00026 << QByteArray("currentBoundExceeded") << true;
+    QTest::newRow("current too low") << 0.0 << -0.00006 << QByteArray("currentBoundExceeded") << false;
+}
+
+// The bounds are around 1000 V and 1.1 mA; the load draws 1 mA. They are looked at when the ramp is over, after 5 s.
+void TestChannelProtection::boundsOfWhatIsMeasured()
+{
+    QFETCH(double, voltageOffset);
+    QFETCH(double, currentOffset);
+    QFETCH(QByteArray, condition);
+    QFETCH(bool, isUpper);
+    ModuleLayout layout = moduleOf(resistiveLoad(Load));
+    layout.measurement.voltageOffset = voltageOffset;
+    layout.measurement.currentOffset = currentOffset;
+    ChannelBench bench(layout);
+    QVERIFY(bench.set("Control.voltageBounds", "40"));
+    QVERIFY(bench.set("Control.currentSet", "0.0011"));
+    QVERIFY(bench.set("Control.currentBounds", "0.00015"));
+    QVERIFY(bench.rampedTo("1000"));
+    for (const QByteArray &name : {QByteArray("voltageBoundExceeded"), QByteArray("currentBoundExceeded")}) {
+        QCOMPARE(bench.isTrue(("Status." + name).constData()), name == condition);
+        QCOMPARE(bench.isTrue(("Error." + name).constData()), name == condition);
+        if (name == condition)
+            QVERIFY(isAt(bench.timeOf(("Event." + name).constData()), Start + 5));
+    }
+    const bool isVoltage = condition.startsWith("voltage");
+    QCOMPARE(bench.isTrue("Status.voltageBoundUpper"), isVoltage && isUpper);
+    QCOMPARE(bench.isTrue("Status.voltageBoundLower"), isVoltage && !isUpper);
+    QVERIFY(bench.isTrue("Control.on")); // they only tell
 }
 
 void TestChannelProtection::clearingWhatStillIsTheCase_data()

@@ -36,8 +36,8 @@ namespace simulator
 ///   action then carries it out.
 /// - A spark takes the voltage to 0 for 5 ms, in which "Status.arc" is true. The fifth since the errors were cleared
 ///   raises "Error.arc" and "Event.arcError" and switches the channel off without a ramp. Nothing sparks without voltage.
-/// - Bounds are looked at while the channel is on and not ramping. Emergency off is left by writing false; until then the
-///   channel cannot be switched on.
+/// - Bounds are compared with what is measured, without its noise, while the channel is on and not ramping.
+/// - Emergency off is left by writing false; until then the channel cannot be switched on.
 /// - The journal has an entry for each occurrence of an event or an error, pending or not, and one for each channel that
 ///   is switched off by something else than a write to it.
 /// - Clearing takes away what is over. What still is the case stays pending, which is no other occurrence; and when that

@@ -309,12 +309,14 @@ Channel::WatchLevel Channel::watchLevel(Watch watch) const
     case UpperVoltageBound:
     case LowerVoltageBound: {
         const double bounds = isSettled ? state.settings.value(key(Setting::VoltageBounds), 0) : 0;
-        return {bounds > 0, voltageSet + (watch == UpperVoltageBound ? bounds : -bounds)};
+        const double level = voltageSet + (watch == UpperVoltageBound ? bounds : -bounds);
+        return {bounds > 0, level - module.measurement.voltageOffset};
     }
     case UpperCurrentBound:
     case LowerCurrentBound: {
         const double bounds = isSettled ? state.settings.value(key(Setting::CurrentBounds), 0) : 0;
-        return {bounds > 0, output.currentSet() + (watch == UpperCurrentBound ? bounds : -bounds)};
+        const double level = output.currentSet() + (watch == UpperCurrentBound ? bounds : -bounds);
+        return {bounds > 0, level - module.measurement.currentOffset};
     }
     case SparkingVoltage:
         return {output.sparkInterval() > 0, module.voltageLimit / 2};
