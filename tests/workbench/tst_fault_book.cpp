@@ -28,6 +28,7 @@ private Q_SLOTS:
     void mendingWhatIsNotThere();
     void causedAgain();
     void sparksEndByThemselves();
+    void sparksBySchedule();
     void scheduleInOneJump();
     void ofAnObjectThatDoesNotExist();
 };
@@ -345,6 +346,24 @@ void TestFaultBook::sparksEndByThemselves()
     QCOMPARE(bench.text(FaultBench::Channel, "Status.voltageMeasure"), QStringLiteral("3000"));
     QVERIFY(std::abs(bench.timeOf(JournalEntry::FaultEnds, faultName(FaultKind::Spark)) - 10.025) < 1e-9);
     QCOMPARE(bench.service.mend(faultOf(FaultKind::Spark)), TarnResult::NoData);
+}
+
+void TestFaultBook::sparksBySchedule()
+{
+    FaultBench bench({{20, faultOf(FaultKind::Spark, 0, 3)}});
+    const auto isArcingAt = [&bench](double seconds) {
+        bench.advanceTo(seconds);
+        return bench.isTrue(FaultBench::Channel, "Status.arc");
+    };
+    QVERIFY(!isArcingAt(19.9999));
+    for (int spark = 0; spark < 3; ++spark) {
+        QVERIFY(isArcingAt(20.00005 + 0.01 * spark));
+        QVERIFY(isArcingAt(20.00495 + 0.01 * spark));
+        QVERIFY(!isArcingAt(20.00505 + 0.01 * spark));
+    }
+    QVERIFY(!isArcingAt(20.03005));
+    QCOMPARE(bench.timeOf(JournalEntry::FaultBegins, faultName(FaultKind::Spark)), 20.0);
+    QVERIFY(std::abs(bench.timeOf(JournalEntry::FaultEnds, faultName(FaultKind::Spark)) - 20.025) < 1e-9);
 }
 
 void TestFaultBook::scheduleInOneJump()

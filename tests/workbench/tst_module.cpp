@@ -81,7 +81,7 @@ void TestModule::limitsOfTheLayout()
 void TestModule::ownEventsCountUnlessMasked_data()
 {
     QTest::addColumn<FaultKind>("fault");
-    QTest::addColumn<int>("events"); // with the interlock, where there is one
+    QTest::addColumn<int>("events"); // with the interlock, where there is one; a need of service is none
     QTest::addColumn<quint32>("mask");
     QTest::addColumn<int>("unmasked");
     const quint32 interlock = bit(ModuleCondition::InterlockOut);
@@ -89,6 +89,7 @@ void TestModule::ownEventsCountUnlessMasked_data()
                                  << 1;
     QTest::newRow("supply") << FaultKind::SupplyFailure << 2
                             << ~(bit(ModuleCondition::SupplyNotGood) | interlock) << 0;
+    QTest::newRow("service") << FaultKind::NeedService << 0 << ~quint32(0) << 0;
     QTest::newRow("temperature") << FaultKind::Overheating << 2 << interlock << 1;
 }
 
@@ -101,12 +102,13 @@ void TestModule::ownEventsCountUnlessMasked()
     ChannelBench bench;
     bench.fault(fault, true);
     QCOMPARE(bench.moduleText("Status.eventCounter").toInt(), events);
-    QCOMPARE(bench.moduleText("Status.errorCounter").toInt(), events);
+    const int errors = fault == FaultKind::NeedService ? 1 : events;
+    QCOMPARE(bench.moduleText("Status.errorCounter").toInt(), errors);
     QCOMPARE(bench.summary.counts().events, events);
     QVERIFY(bench.setModule("Control.moduleEventMask", QByteArray::number(mask).constData()));
     QCOMPARE(bench.moduleText("Status.eventCounter").toInt(), unmasked);
     QCOMPARE(bench.summary.counts().events, unmasked);
-    QCOMPARE(bench.moduleText("Status.errorCounter").toInt(), events);
+    QCOMPARE(bench.moduleText("Status.errorCounter").toInt(), errors);
 }
 
 void TestModule::severalCausesKeepItOff()

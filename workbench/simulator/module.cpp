@@ -26,6 +26,8 @@ constexpr double AllBits = 4294967295.0;
 
 constexpr quint32 OffConditions =
     bit(Condition::SafetyLoopOpen) | bit(Condition::SupplyNotGood) | bit(Condition::TemperatureNotGood);
+// The others have no item that would tell of the event.
+constexpr quint32 EventConditions = OffConditions | bit(Condition::InterlockOut);
 
 double standbyTemperature(quint32 address)
 {
@@ -244,9 +246,10 @@ void Module::settle(double now)
     const bool mayBeOn = (live & OffConditions) == 0;
     if (!mayBeOn)
         live |= bit(Condition::InterlockOut);
-    state.latch.raiseEvents(live);
+    state.latch.raiseEvents(live & EventConditions);
     state.latch.raiseErrors(live);
-    enterRaised(place.run->journal, entry(now), moduleItems(), live & ~before, live & ~before);
+    const quint32 begun = live & ~before;
+    enterRaised(place.run->journal, entry(now), moduleItems(), begun & EventConditions, begun);
     const bool wasAllowed = environment.mayBeOn;
     environment.mayBeOn = mayBeOn;
     if (wasAllowed && !mayBeOn) {

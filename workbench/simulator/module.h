@@ -41,7 +41,7 @@ struct DevicePlace
 ///   ramp; none can be switched on while that lasts, and "Status.interlockOut" is true. Each is an event and an error.
 /// - Clearing clears module and channels as far as the causes are over, and is refused when one lasts, in the module or in
 ///   a channel.
-/// - "Status.needService" is an error and has no other consequence.
+/// - "Status.needService" is an error, no event, and has no other consequence.
 /// - "Control.moduleEventMask" has a bit for each ModuleCondition, "Control.moduleChannelEventMask" one for each
 ///   ChannelCondition: an event whose bit is 0 does not count at the module, the crate and the system. Errors always do.
 class Module final : private ChannelHost
