@@ -63,7 +63,7 @@ private:
         watch->takeIn();
     }
 
-    void waypoint(double time, double before, double voltage)
+    void waypoint(double time, double before, double voltage, double set = 1000)
     {
         JournalEntry entry;
         entry.kind = JournalEntry::Waypoint;
@@ -74,6 +74,7 @@ private:
         entry.currentBefore = before / 1e6;
         entry.voltage = voltage;
         entry.current = voltage / 1e6;
+        entry.voltageSet = set;
         watch->addWaypoint(entry);
     }
 
@@ -401,6 +402,24 @@ private Q_SLOTS:
         QCOMPARE(channel().trace.points().back().voltageSet, -1000.0);
         at(2, 0, 0);
         QCOMPARE(channel().trace.points().back().voltageSet, 0.0);
+    }
+
+    // At the time at which it was told to, and not when it was looked at next.
+    void drawsTheSetVoltageFromTheWaypoints()
+    {
+        touch();
+        at(1, 0, 0);
+        waypoint(1.02, 0, 0, 1000);
+        at(1.05, 20, Ramping);
+        waypoint(1.07, 50, 0, 0);
+        at(1.1, 0, 0);
+        QStringList sets;
+        for (const rehearsal::TracePoint &point : channel().trace.points())
+            sets << QStringLiteral("%1: %2").arg(point.time).arg(point.voltageSet);
+        QCOMPARE(sets,
+                 (QStringList{QStringLiteral("1: 0"), QStringLiteral("1.02: 0"), QStringLiteral("1.02: 1000"),
+                              QStringLiteral("1.05: 1000"), QStringLiteral("1.07: 1000"),
+                              QStringLiteral("1.07: 0"), QStringLiteral("1.1: 0")}));
     }
 
     // A thousand channels that nothing happens to must not cost a look each, twenty times a second.

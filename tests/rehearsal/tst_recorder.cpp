@@ -290,6 +290,27 @@ private Q_SLOTS:
         QCOMPARE(recording.channels.at(0).ramps.size(), std::size_t{3});
     }
 
+    void drawsTheSetVoltageToTheMoment()
+    {
+        makeRecorder();
+        recorder->beginFile(0, {});
+        pass(1);
+        step(0.02); // between two looks
+        rampTo("100");
+        pass(2);
+        write(item("Control.on"), "0");
+        pass(2);
+        recorder->finish();
+        QStringList changes;
+        double set = 0;
+        for (const rehearsal::TracePoint &point : recording.channels.at(0).trace.points()) {
+            if (point.voltageSet != set)
+                changes << QStringLiteral("%1: %2").arg(point.time).arg(point.voltageSet);
+            set = point.voltageSet;
+        }
+        QCOMPARE(changes, (QStringList{QStringLiteral("1.02: 100"), QStringLiteral("3.02: 0")}));
+    }
+
     void aFaultTouchesItsChannel()
     {
         makeRecorder();

@@ -109,6 +109,7 @@ void ChannelWatch::addWaypoint(const simulator::JournalEntry &entry)
     if (state.isSeen && state.seen.time < entry.time)
         takeIn(index);
     add(index, {entry.time, entry.voltageBefore, entry.currentBefore, state.voltageSet});
+    state.voltageSet = std::copysign(entry.voltageSet, entry.voltage);
     const TracePoint point{entry.time, entry.voltage, entry.current, state.voltageSet};
     add(index, point);
     if (!state.hasWaypoint) {

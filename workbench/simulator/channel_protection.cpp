@@ -150,6 +150,7 @@ void Channel::turn(double now, Change change)
     entry.currentBefore = currentBefore;
     entry.voltage = output.voltage(now);
     entry.current = output.current(now);
+    entry.voltageSet = on ? voltageSet : 0;
     const OutputRating &rating = environment().rating;
     const auto share = static_cast<float>(entry.voltage * entry.current / (rating.voltage * rating.current));
     host->plantRun().journal.add(std::move(entry));

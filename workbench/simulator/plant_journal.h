@@ -28,8 +28,8 @@ struct JournalEntry
         ///< 0.3"), empty for the channel's own
         FaultBegins, ///< `text` is the fault's name
         FaultEnds,
-        Waypoint, ///< from here on a channel takes another course, or begins or ends to ramp; `voltage`, `current` and
-        ///< their values just before
+        Waypoint, ///< from here on a channel takes another course, or begins or ends to ramp; `voltage`, `current`,
+        ///< their values just before, and `voltageSet`
         PassThroughIn, ///< a message was handed to a script: `text`
         PassThroughOut, ///< a script sent `text`
         ControllerLeft, ///< the controller went away
@@ -50,6 +50,7 @@ struct JournalEntry
     double current = 0; ///< A
     double voltageBefore = 0;
     double currentBefore = 0;
+    double voltageSet = 0; ///< V, 0 while the channel is off
 };
 
 /// The entry as one line of text without a line feed. Equal plants, seeds and commands on a stepped clock give equal
