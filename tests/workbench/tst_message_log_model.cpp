@@ -136,6 +136,30 @@ private Q_SLOTS:
         QCOMPARE(cell(model, 1, MessageLogModel::ResultColumn), QStringLiteral("done"));
     }
 
+    void showsWhatPassesThrough()
+    {
+        const auto message = [](JournalEntry::Kind kind, const char *text) {
+            JournalEntry entry = request(0, QString::fromLatin1(text));
+            entry.kind = kind;
+            return entry;
+        };
+        MessageLogModel model;
+        model.take({message(JournalEntry::PassThroughIn, "getItem 0.3.7 Status.voltageMeasure"), request(1),
+                    message(JournalEntry::PassThroughOut, "getItem 0.3.7 Status.voltageMeasure 12.5 V"),
+                    request(2), answer(1, Done), answer(2, Refused)});
+        QCOMPARE(model.rowCount(), 4);
+        QCOMPARE(cell(model, 0, MessageLogModel::RequestColumn),
+                 QStringLiteral("getItem 0.3.7 Status.voltageMeasure"));
+        QCOMPARE(cell(model, 0, MessageLogModel::ControllerColumn), QStringLiteral("local"));
+        QCOMPARE(cell(model, 0, MessageLogModel::ResultColumn), QStringLiteral("to the script"));
+        QVERIFY(cell(model, 0, MessageLogModel::LatencyColumn).isEmpty());
+        QCOMPARE(cell(model, 2, MessageLogModel::ResultColumn), QStringLiteral("from the script"));
+        QVERIFY(workbench::requestDetails(model.at(2)).contains(QStringLiteral("12.5 V")));
+        // The answers are those of the requests beside them.
+        QCOMPARE(cell(model, 1, MessageLogModel::ResultColumn), QStringLiteral("done"));
+        QCOMPARE(cell(model, 3, MessageLogModel::ResultColumn), QStringLiteral("refused"));
+    }
+
     void marksWhatIsLostByMoreThanColour()
     {
         MessageLogModel model;

@@ -135,7 +135,8 @@ private:
         case 10:
             return {0, moduleAt(anyModule()), "Control.kill", 1 - oftenOne()};
         case 11:
-            return {0, moduleAt(anyModule()), random() % 2 == 0 ? "Control.clearEvents" : "Control.clearErrors", 1};
+            return {0, moduleAt(anyModule()),
+                    random() % 2 == 0 ? "Control.clearEvents" : "Control.clearErrors", 1};
         case 12:
             return {0, Rack, random() % 2 == 0 ? "Control.clearAll" : "Control.power", 1};
         default:
@@ -145,12 +146,18 @@ private:
 
     Deed fault()
     {
-        constexpr FaultKind Kinds[] = {FaultKind::Spark,          FaultKind::Short,
-                                       FaultKind::OpenLoad,       FaultKind::Leak,
-                                       FaultKind::ExternalInhibit, FaultKind::SafetyLoopOpen,
-                                       FaultKind::SupplyFailure,  FaultKind::Overheating,
-                                       FaultKind::NeedService,    FaultKind::MainsFailure,
-                                       FaultKind::CrateSupplyFailure, FaultKind::BatteryFailure,
+        constexpr FaultKind Kinds[] = {FaultKind::Spark,
+                                       FaultKind::Short,
+                                       FaultKind::OpenLoad,
+                                       FaultKind::Leak,
+                                       FaultKind::ExternalInhibit,
+                                       FaultKind::SafetyLoopOpen,
+                                       FaultKind::SupplyFailure,
+                                       FaultKind::Overheating,
+                                       FaultKind::NeedService,
+                                       FaultKind::MainsFailure,
+                                       FaultKind::CrateSupplyFailure,
+                                       FaultKind::BatteryFailure,
                                        FaultKind::CrateOverheating};
         Deed deed;
         deed.fault.kind = Kinds[random() % std::size(Kinds)];
@@ -161,7 +168,9 @@ private:
         const bool isHeat =
             deed.fault.kind == FaultKind::Overheating || deed.fault.kind == FaultKind::CrateOverheating;
         // About as much as lets the load decide.
-        deed.fault.amount = isHeat ? 25 + upTo(35) : deed.fault.kind == FaultKind::Leak ? upTo(0.006) : 1 + upTo(5);
+        deed.fault.amount = isHeat               ? 25 + upTo(35)
+            : deed.fault.kind == FaultKind::Leak ? upTo(0.006)
+                                                 : 1 + upTo(5);
         return deed;
     }
 

@@ -132,6 +132,8 @@ QString pretty(const QString &text)
 
 LoggedRequest::Outcome LoggedRequest::outcome() const
 {
+    if (kind != Raw)
+        return PassedThrough;
     if (!refusal.isEmpty())
         return Refused;
     const auto isLost = [](const LoggedAnswer &answer) { return answer.isLost; };
@@ -192,6 +194,8 @@ QString outcomeText(const LoggedRequest &request)
     switch (request.outcome()) {
     case LoggedRequest::Waiting:
         return tr("no answer yet");
+    case LoggedRequest::PassedThrough:
+        return request.kind == LoggedRequest::ToScript ? tr("to the script") : tr("from the script");
     case LoggedRequest::Dropped:
         return tr("none: controller left");
     case LoggedRequest::Lost:
@@ -211,10 +215,16 @@ QString outcomeText(const LoggedRequest &request)
 QString requestDetails(const LoggedRequest &request)
 {
     constexpr int Decimals = 3;
-    QStringList parts{tr("Request %1 to %2 at %3 s")
-                          .arg(request.number)
-                          .arg(request.controller, QString::number(request.time, 'f', Decimals)),
-                      pretty(request.text)};
+    const QString time = QString::number(request.time, 'f', Decimals);
+    if (request.kind == LoggedRequest::ToScript)
+        return tr("Message from %1 to the script at %2 s").arg(request.controller, time) + QLatin1Char('\n')
+            + request.text;
+    if (request.kind == LoggedRequest::FromScript)
+        return tr("Message from the script to %1 at %2 s").arg(request.controller, time) + QLatin1Char('\n')
+            + request.text;
+    QStringList parts{
+        tr("Request %1 to %2 at %3 s").arg(QString::number(request.number), request.controller, time),
+        pretty(request.text)};
     for (const LoggedAnswer &answer : request.answers) {
         parts << QString()
               << (answer.isLost ? tr("Answer, lost on its way after %1 ms") : tr("Answer after %1 ms"))

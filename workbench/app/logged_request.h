@@ -15,9 +15,16 @@ struct LoggedAnswer
     bool isLost = false;
 };
 
-/// A raw request and all that came of it. Plain data.
+/// A raw request and all that came of it; or a message of a pass-through, which has no answer. Plain data.
 struct LoggedRequest
 {
+    enum Kind : quint8
+    {
+        Raw,
+        ToScript,
+        FromScript,
+    };
+
     enum Outcome : quint8
     {
         Waiting, ///< no answer yet
@@ -25,9 +32,11 @@ struct LoggedRequest
         Refused, ///< not taken, or answered with anything but success
         Lost, ///< the transport lost some of the answer
         Dropped, ///< the controller went away before it answered
+        PassedThrough, ///< to a script or from it
     };
 
-    quint64 number = 0;
+    Kind kind = Raw;
+    quint64 number = 0; ///< of a message of a pass-through that of the request before it
     double time = 0; ///< s on the plant's clock
     QString controller;
     QString text;

@@ -30,6 +30,7 @@ QIcon outcomeIcon(LoggedRequest::Outcome outcome)
     case LoggedRequest::Waiting:
         return stateIcon(SystemState::Ramping);
     case LoggedRequest::Answered:
+    case LoggedRequest::PassedThrough:
         return stateIcon(SystemState::On);
     case LoggedRequest::Refused:
     case LoggedRequest::Lost:
@@ -51,16 +52,11 @@ void MessageLogModel::take(const QVector<JournalEntry> &entries)
     };
     for (const JournalEntry &entry : entries) {
         switch (entry.kind) {
-        case JournalEntry::Request: {
-            LoggedRequest request;
-            request.number = entry.request;
-            request.time = entry.time;
-            request.controller = entry.controller;
-            request.text = entry.text;
-            request.summary = requestSummary(request);
-            added.append(request);
+        case JournalEntry::Request:
+        case JournalEntry::PassThroughIn:
+        case JournalEntry::PassThroughOut:
+            added.append(loggedRequest(entry));
             break;
-        }
         case JournalEntry::RequestRefused:
             flush();
             takeRefusal(entry);
@@ -204,8 +200,26 @@ int MessageLogModel::rowOf(quint64 request) const
     const auto found =
         std::lower_bound(requests.cbegin(), requests.cend(), request,
                          [](const LoggedRequest &each, quint64 number) { return each.number < number; });
-    const bool isThere = found != requests.cend() && found->number == request;
+    // What passed through after it has its number, too.
+    const bool isThere =
+        found != requests.cend() && found->number == request && found->kind == LoggedRequest::Raw;
     return isThere ? static_cast<int>(found - requests.cbegin()) : -1;
+}
+
+LoggedRequest MessageLogModel::loggedRequest(const JournalEntry &entry)
+{
+    LoggedRequest request;
+    if (entry.kind == JournalEntry::Request)
+        lastNumber = entry.request;
+    else
+        request.kind =
+            entry.kind == JournalEntry::PassThroughIn ? LoggedRequest::ToScript : LoggedRequest::FromScript;
+    request.number = lastNumber;
+    request.time = entry.time;
+    request.controller = entry.controller;
+    request.text = entry.text;
+    request.summary = requestSummary(request);
+    return request;
 }
 
 void MessageLogModel::takeAnswer(const JournalEntry &entry)

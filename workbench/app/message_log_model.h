@@ -10,7 +10,7 @@
 namespace workbench
 {
 
-/// The latest raw requests with what came of them, a row each, the newest last. GUI thread only.
+/// The latest raw requests with what came of them, and the messages to scripts and from them, a row each, the newest last. GUI thread only.
 class MessageLogModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -46,13 +46,15 @@ public:
 
 private:
     void append(const QVector<LoggedRequest> &added);
+    LoggedRequest loggedRequest(const simulator::JournalEntry &entry);
     int rowOf(quint64 request) const;
     void takeAnswer(const simulator::JournalEntry &entry);
     void takeRefusal(const simulator::JournalEntry &entry);
     void dropWaiting(const QString &controller);
     void reportChange(int row);
 
-    std::deque<LoggedRequest> requests;
+    std::deque<LoggedRequest> requests; // by number
+    quint64 lastNumber = 0;
 };
 
 } // namespace workbench
