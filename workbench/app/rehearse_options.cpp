@@ -197,8 +197,8 @@ OptionsResult parseRehearseOptions(const QStringList &arguments, RehearseOptions
         "Executes command files and Python files (.py), one after the other, in the real terminals against a "
         "simulated high-voltage system, and tells what they did to it. Nothing here reaches hardware.\n\n"
         "The exit code is 0 when nothing failed; 1 when a request failed or timed out, a limit was crossed, "
-        "a "
-        "channel tripped or a script failed; 2 when the arguments are unusable; 130 after Ctrl+C."));
+        "a channel tripped or reported an error, or a script failed; 2 when the arguments are unusable; 130 "
+        "after Ctrl+C."));
     const QString file = tr("file");
     const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")}, tr("Show this help."));
     parser.addPositionalArgument(QStringLiteral("file"), tr("Command files and Python files."),
