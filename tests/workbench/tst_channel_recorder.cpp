@@ -131,8 +131,88 @@ private Q_SLOTS:
             std::find_if(record.marks().begin(), record.marks().end(),
                          [](const ChannelMark &mark) { return mark.text == QStringLiteral("trip"); });
         QVERIFY(qAbs(trip->time - 3.2) < 0.01);
-        QCOMPARE(trip->kind, ChannelMark::Trip);
+        QCOMPARE(record.marks().back().text, QStringLiteral("switched off: trip"));
+        QCOMPARE(record.marks().back().kind, ChannelMark::Trip);
         QVERIFY2(marksOf(bench.recorder.at(1)).isEmpty(), "nothing happened to the other one");
+    }
+
+    void tellsATripWithoutActionFromOneThatSwitchesOff()
+    {
+        Bench bench;
+        QVERIFY(bench.recorder.add(Local, PlantBench::address(1)));
+        QVERIFY(bench.rampTo(PlantBench::channel(1), 1200));
+        bench.run(3);
+        QVERIFY(bench.cause(FaultKind::Short, 1));
+        bench.run(1);
+        const ChannelRecord &record = bench.recorder.at(0);
+        QVERIFY(marksOf(record).contains(QStringLiteral("trip")));
+        for (const ChannelMark &mark : record.marks())
+            QVERIFY(mark.kind != ChannelMark::Trip);
+    }
+
+    void marksEachOccurrence()
+    {
+        Bench bench;
+        const OrbItemId channel = PlantBench::channel(1);
+        QVERIFY(bench.recorder.add(Local, PlantBench::address(1)));
+        QVERIFY(bench.rampTo(channel, 600));
+        bench.run(2);
+        QVERIFY(bench.rampTo(channel, 1200)); // nobody cleared the event
+        bench.run(2);
+        QCOMPARE(marksOf(bench.recorder.at(0)).count(QStringLiteral("end of ramp")), 2);
+    }
+
+    void saysWhoSwitchedAChannelOff_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<int>("level");
+        QTest::addColumn<QStringList>("marks");
+        QTest::newRow("module") << int(FaultKind::SafetyLoopOpen) << int(OrbItemId::Module)
+                                << QStringList(
+                                       {QStringLiteral("simulated: safety loop open"),
+                                        QStringLiteral("switched off: module 0.0, safety loop was opened")});
+        QTest::newRow("crate") << int(FaultKind::MainsFailure) << int(OrbItemId::Crate)
+                               << QStringList({QStringLiteral("simulated: mains failure"),
+                                               QStringLiteral("switched off: crate 0.1000, mains not good")});
+        QTest::newRow("controller") << int(FaultKind::Disconnect) << int(OrbItemId::System)
+                                    << QStringList({QStringLiteral("controller left")});
+    }
+
+    void saysWhoSwitchedAChannelOff()
+    {
+        QFETCH(int, kind);
+        QFETCH(int, level);
+        QFETCH(QStringList, marks);
+        Bench bench;
+        QVERIFY(bench.recorder.add(Local, PlantBench::address(1)));
+        QVERIFY(bench.recorder.add(QStringLiteral("bench"), PlantBench::address(1)));
+        QVERIFY(bench.rampTo(PlantBench::channel(1), 600));
+        bench.run(2);
+        const int before = marksOf(bench.recorder.at(0)).size();
+        Fault fault;
+        fault.kind = FaultKind(kind);
+        fault.controller = Local;
+        fault.object.level = OrbItemId::Type(level);
+        fault.object.address = level == OrbItemId::Crate ? 1000 : 0;
+        QCOMPARE(bench.service.cause(fault), TarnResult::Success);
+        bench.run(1);
+        const QStringList found = marksOf(bench.recorder.at(0)).mid(before);
+        for (const QString &mark : marks)
+            QVERIFY2(found.contains(mark), qPrintable(found.join(QLatin1String("; "))));
+        QVERIFY2(marksOf(bench.recorder.at(1)).isEmpty(), "the other controller has nothing to do with it");
+    }
+
+    void followsAChannelThroughTheConnectionOfAScript()
+    {
+        Bench bench;
+        QCOMPARE(
+            bench.service.openConnection(QStringLiteral("scan"), QStringLiteral("ws://nowhere:8080"), {}, {}),
+            TarnResult::Success);
+        QVERIFY(bench.recorder.add(QStringLiteral("scan"), PlantBench::address(1)));
+        QCOMPARE(bench.recorder.at(0).name(), QStringLiteral("local 0.0.1"));
+        QVERIFY2(bench.recorder.add(Local, PlantBench::address(1)), "it is followed already");
+        QCOMPARE(bench.recorder.count(), 1);
+        QVERIFY(!bench.recorder.add(QStringLiteral("nobody"), PlantBench::address(1)));
     }
 
     void doesNothingWithoutChannels()

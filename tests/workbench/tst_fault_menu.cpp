@@ -141,6 +141,26 @@ private Q_SLOTS:
         QVERIFY(!bench.entry("short")->isChecked());
     }
 
+    void knowsAControllerByTheConnectionOfAScript()
+    {
+        Bench bench;
+        QCOMPARE(
+            bench.service.openConnection(QStringLiteral("scan"), QStringLiteral("ws://nowhere:8080"), {}, {}),
+            TarnResult::Success);
+        OrbItemId id = PlantBench::channel(1);
+        id.connectionName = QStringLiteral("scan");
+        bench.menu.setTargets({id});
+        bench.entry("short")->trigger();
+        QVERIFY2(bench.lastMessage().contains(QStringLiteral("short at local 0.0.1")),
+                 qPrintable(bench.lastMessage()));
+        QVERIFY(bench.entry("short")->isChecked());
+        bench.menu.setTargets({PlantBench::channel(1)});
+        QVERIFY2(bench.entry("short")->isChecked(), "by its own name too");
+        bench.menu.setTargets({id});
+        bench.entry("short")->trigger();
+        QVERIFY(bench.faults.active().isEmpty());
+    }
+
     void sparksOnce()
     {
         Bench bench;

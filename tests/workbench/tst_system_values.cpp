@@ -110,7 +110,7 @@ private Q_SLOTS:
     void channelStates_data()
     {
         QTest::addColumn<QString>("running");
-        QTest::addColumn<QString>("flag"); // item that reads true besides
+        QTest::addColumn<QString>("flag"); // items that read true besides
         QTest::addColumn<SystemState>("state");
         const QString none;
         QTest::newRow("off") << QStringLiteral("off") << none << SystemState::Off;
@@ -122,6 +122,8 @@ private Q_SLOTS:
         QTest::newRow("either way") << QStringLiteral("info") << none << SystemState::Ramping;
         QTest::newRow("trip") << QStringLiteral("error") << QStringLiteral("currentTrip")
                               << SystemState::Tripped;
+        QTest::newRow("trip without action")
+            << QStringLiteral("error") << QStringLiteral("currentTrip on") << SystemState::Error;
         QTest::newRow("emergency") << QStringLiteral("error") << QStringLiteral("emergency")
                                    << SystemState::Emergency;
         QTest::newRow("fault") << QStringLiteral("error") << none << SystemState::Error;
@@ -135,8 +137,8 @@ private Q_SLOTS:
         QFETCH(SystemState, state);
         SmallSystem system;
         system.setItem(QStringLiteral("0.4.1.Status.runningState"), running);
-        if (!flag.isEmpty())
-            system.setItem(QStringLiteral("0.4.1.Status.") + flag, QStringLiteral("true"));
+        for (const QString &item : flag.split(QLatin1Char(' '), Qt::SkipEmptyParts))
+            system.setItem(QStringLiteral("0.4.1.Status.") + item, QStringLiteral("true"));
         const SystemValues values =
             workbench::readSystemValues(*system.dataAccess.getOrbClientPtr(), channel(1));
         QVERIFY(values.state == state);

@@ -28,7 +28,7 @@ struct ChannelMark
     {
         Information, ///< a ramp ended
         Warning, ///< an arc, a bound that was left
-        Trip, ///< high voltage went off
+        Trip, ///< high voltage was switched off
         Simulated, ///< a fault that somebody caused, or its end
     };
 
@@ -52,6 +52,9 @@ public:
 
     const QString &controller() const { return controllerName; }
     const simulator::ObjectAddress &address() const { return channelAddress; }
+    /// The crate that the channel's module is in; of no level when it is in none.
+    const simulator::ObjectAddress &crate() const { return crateAddress; }
+    void setCrate(const simulator::ObjectAddress &address) { crateAddress = address; }
     int look() const { return lookNumber; }
     /// Controller and address: "bench 0.3.7".
     QString name() const;
@@ -70,6 +73,7 @@ public:
 private:
     QString controllerName;
     simulator::ObjectAddress channelAddress;
+    simulator::ObjectAddress crateAddress;
     int lookNumber;
     std::deque<ChannelSample> kept;
     std::deque<ChannelMark> keptMarks;

@@ -7,6 +7,7 @@
 #include "workbench/simulator/simulated_service.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace workbench
 {
@@ -22,7 +23,7 @@ struct MarkRow
 };
 
 constexpr MarkRow MarkRows[] = {
-    {"currentTrip", ChannelMark::Trip, QT_TRANSLATE_NOOP("workbench", "trip")},
+    {"currentTrip", ChannelMark::Warning, QT_TRANSLATE_NOOP("workbench", "trip")},
     {"emergency", ChannelMark::Trip, QT_TRANSLATE_NOOP("workbench", "emergency off")},
     {"externalInhibitActive", ChannelMark::Warning, QT_TRANSLATE_NOOP("workbench", "inhibit")},
     {"voltageLimitExceeded", ChannelMark::Warning, QT_TRANSLATE_NOOP("workbench", "voltage limit")},
@@ -30,11 +31,47 @@ constexpr MarkRow MarkRows[] = {
     {"voltageBoundExceeded", ChannelMark::Warning, QT_TRANSLATE_NOOP("workbench", "voltage bounds")},
     {"currentBoundExceeded", ChannelMark::Warning, QT_TRANSLATE_NOOP("workbench", "current bounds")},
     {"arc", ChannelMark::Warning, QT_TRANSLATE_NOOP("workbench", "arc")},
-    {"arcError", ChannelMark::Trip, QT_TRANSLATE_NOOP("workbench", "too many arcs")},
+    {"arcError", ChannelMark::Warning, QT_TRANSLATE_NOOP("workbench", "too many arcs")},
     {"constantCurrent", ChannelMark::Warning, QT_TRANSLATE_NOOP("workbench", "constant current")},
     {"endOfRamp", ChannelMark::Information, QT_TRANSLATE_NOOP("workbench", "end of ramp")},
     {"inputError", ChannelMark::Information, QT_TRANSLATE_NOOP("workbench", "input error")},
 };
+
+const MarkRow *rowOf(const QString &item)
+{
+    const QStringRef name = item.midRef(item.indexOf(QLatin1Char('.')) + 1);
+    const auto *row = std::find_if(std::begin(MarkRows), std::end(MarkRows),
+                                   [&name](const MarkRow &each) { return name == QLatin1String(each.item); });
+    return row == std::end(MarkRows) ? nullptr : row;
+}
+
+/// "Error.safetyLoopWasOpened" as "safety loop was opened".
+QString words(const QString &item)
+{
+    QString result;
+    for (const QChar letter : item.mid(item.indexOf(QLatin1Char('.')) + 1)) {
+        if (letter.isUpper())
+            result += QLatin1Char(' ');
+        result += letter.toLower();
+    }
+    return result;
+}
+
+/// Why a channel is off that nobody switched off by itself.
+ChannelMark switchOffMark(const simulator::JournalEntry &entry)
+{
+    ChannelMark mark;
+    if (entry.item.startsWith(QLatin1String("Control."))) {
+        mark.text = tr("switched off with the %1").arg(entry.text);
+        return mark;
+    }
+    const MarkRow *const row = rowOf(entry.item);
+    const QString why = row ? tr(row->text) : words(entry.item);
+    mark.kind = ChannelMark::Trip;
+    mark.text = entry.text.isEmpty() ? tr("switched off: %1").arg(why)
+                                     : tr("switched off: %1, %2").arg(entry.text, why);
+    return mark;
+}
 
 /// Whether what happened to the one object happened to the channel too.
 bool concerns(const simulator::JournalEntry &entry, const ChannelRecord &record)
@@ -43,7 +80,12 @@ bool concerns(const simulator::JournalEntry &entry, const ChannelRecord &record)
     const simulator::ObjectAddress &channel = record.address();
     if (entry.controller != record.controller())
         return false;
+    if (entry.kind == simulator::JournalEntry::ControllerLeft
+        || entry.kind == simulator::JournalEntry::ControllerCame)
+        return true;
     switch (object.level) {
+    case OrbItemId::Crate:
+        return object == record.crate();
     case OrbItemId::Channel:
         return object == channel;
     case OrbItemId::Module:
@@ -72,17 +114,28 @@ bool markOf(const simulator::JournalEntry &entry, ChannelMark &mark)
                                                             : tr("over: %1").arg(name);
         return true;
     }
-    if (entry.kind != JournalEntry::Event && entry.kind != JournalEntry::Error)
-        return false;
-    const QStringRef item = entry.item.midRef(entry.item.indexOf(QLatin1Char('.')) + 1);
-    for (const MarkRow &row : MarkRows) {
-        if (item == QLatin1String(row.item)) {
-            mark.kind = row.kind;
-            mark.text = tr(row.text);
+    switch (entry.kind) {
+    case JournalEntry::SwitchedOff:
+        mark = switchOffMark(entry);
+        mark.time = entry.time;
+        return true;
+    case JournalEntry::ControllerLeft:
+    case JournalEntry::ControllerCame:
+        mark.kind = ChannelMark::Warning;
+        mark.text =
+            entry.kind == JournalEntry::ControllerLeft ? tr("controller left") : tr("controller back");
+        return true;
+    case JournalEntry::Event:
+    case JournalEntry::Error:
+        if (const MarkRow *const row = rowOf(entry.item)) {
+            mark.kind = row->kind;
+            mark.text = tr(row->text);
             return true;
         }
+        return false;
+    default:
+        return false;
     }
-    return false;
 }
 
 ChannelRecorder::ChannelRecorder(PlantWatcher &watcher_, QObject *parent) : QObject(parent), watcher(watcher_)
@@ -93,12 +146,7 @@ ChannelRecorder::ChannelRecorder(PlantWatcher &watcher_, QObject *parent) : QObj
 
 bool ChannelRecorder::add(const QString &controller, const simulator::ObjectAddress &channel)
 {
-    const auto controllers = watcher.service().allControllers();
-    const auto named =
-        std::find_if(controllers.cbegin(), controllers.cend(), [&](const QPair<QString, QString> &each) {
-            return each.first == controller || each.second == controller;
-        });
-    const QString name = named == controllers.cend() ? controller : named->first;
+    const QString name = watcher.service().controllerOf(controller);
     if (find(name, channel))
         return true;
     simulator::ChannelSnapshot snapshot;
@@ -114,6 +162,7 @@ bool ChannelRecorder::add(const QString &controller, const simulator::ObjectAddr
     while (isTaken(look))
         ++look;
     records.push_back(std::make_unique<ChannelRecord>(name, channel, look));
+    records.back()->setCrate(crateOf(name, channel));
     watcher.setNeeded(this, true);
     Q_EMIT channelAdded(count() - 1);
     sample(*records.back());
@@ -140,6 +189,23 @@ void ChannelRecorder::clear()
     for (const auto &record : records)
         record->clear();
     sampleAll();
+}
+
+simulator::ObjectAddress ChannelRecorder::crateOf(const QString &controller,
+                                                  const simulator::ObjectAddress &channel) const
+{
+    QVector<OrbItemId> crates;
+    watcher.service().crates(controller, crates);
+    for (OrbItemId &crate : crates) {
+        crate.connectionName = controller;
+        QVector<OrbItemId> modules;
+        watcher.service().crateModules(crate, modules);
+        for (const OrbItemId &module : qAsConst(modules)) {
+            if (module.line == channel.line && module.address == channel.address)
+                return {OrbItemId::Crate, crate.line, crate.address, crate.channel};
+        }
+    }
+    return {};
 }
 
 ChannelRecord *ChannelRecorder::find(const QString &controller, const simulator::ObjectAddress &channel) const

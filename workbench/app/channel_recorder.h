@@ -49,6 +49,8 @@ Q_SIGNALS:
     void recorded();
 
 private:
+    simulator::ObjectAddress crateOf(const QString &controller,
+                                     const simulator::ObjectAddress &channel) const;
     ChannelRecord *find(const QString &controller, const simulator::ObjectAddress &channel) const;
     void take(const QVector<simulator::JournalEntry> &entries);
     void sample(ChannelRecord &record);

@@ -45,7 +45,7 @@ bool FaultSwitch::lasts(FaultKind kind)
 bool FaultSwitch::cause(const QVector<Fault> &faults)
 {
     for (const Fault &fault : faults) {
-        if (plant.cause(fault) == TarnResult::Success)
+        if (plant.cause(resolved(fault)) == TarnResult::Success)
             continue;
         Q_EMIT message(tr("The simulation refused \"%1\" at %2.").arg(faultText(fault.kind), place(fault)));
         return false;
@@ -59,7 +59,7 @@ bool FaultSwitch::cause(const QVector<Fault> &faults)
 bool FaultSwitch::end(const QVector<Fault> &faults)
 {
     for (const Fault &fault : faults) {
-        if (plant.mend(fault) == TarnResult::Success)
+        if (plant.mend(resolved(fault)) == TarnResult::Success)
             continue;
         Q_EMIT message(tr("The simulation could not end \"%1\" at %2: it is over already.")
                            .arg(faultText(fault.kind), place(fault)));
@@ -89,8 +89,17 @@ QVector<Fault> FaultSwitch::active()
 bool FaultSwitch::isActive(const Fault &fault)
 {
     const QVector<Fault> faults = active();
+    const Fault looked = resolved(fault);
     return std::any_of(faults.cbegin(), faults.cend(),
-                       [&](const Fault &each) { return isSamePlace(each, fault); });
+                       [&](const Fault &each) { return isSamePlace(each, looked); });
+}
+
+Fault FaultSwitch::resolved(Fault fault) const
+{
+    const QString name = plant.controllerOf(fault.controller);
+    if (!name.isEmpty())
+        fault.controller = name;
+    return fault;
 }
 
 void FaultSwitch::readJournal()
@@ -122,7 +131,8 @@ QString FaultSwitch::place(const Fault &fault) const
     const QString address = simulator::faultLevel(fault.kind) == OrbItemId::System
         ? QString()
         : simulator::addressText(fault.object);
-    return address.isEmpty() ? fault.controller : fault.controller + QLatin1Char(' ') + address;
+    const QString controller = resolved(fault).controller;
+    return address.isEmpty() ? controller : controller + QLatin1Char(' ') + address;
 }
 
 QString FaultSwitch::places(const QVector<Fault> &faults) const

@@ -30,7 +30,8 @@ public:
     /// Whether a fault of that kind is there until it is ended, and not over by itself.
     static bool lasts(simulator::FaultKind kind);
 
-    /// False when the plant refused one of them; the message says which.
+    /// False when the plant refused one of them; the message says which. Here and below the controller may be named by
+    /// any connection that leads to it.
     bool cause(const QVector<simulator::Fault> &faults);
     bool end(const QVector<simulator::Fault> &faults);
 
@@ -44,6 +45,8 @@ Q_SIGNALS:
     void message(const QString &text);
 
 private:
+    /// The fault with the controller's own name, by which the plant's journal has it.
+    simulator::Fault resolved(simulator::Fault fault) const;
     void readJournal();
     QString place(const simulator::Fault &fault) const;
     QString places(const QVector<simulator::Fault> &faults) const;

@@ -22,15 +22,6 @@ namespace
 constexpr int Rtti = QwtPlotItem::Rtti_PlotUserItem + 1;
 constexpr std::size_t MostTextRows = 4;
 
-/// A mark at its place in time.
-struct Placed
-{
-    double x; // pixels
-    int look;
-    const ChannelMark *mark;
-    QString text;
-};
-
 void drawShape(QPainter &painter, ChannelMark::Kind kind, const QPointF &at, double size)
 {
     const double half = size / 2;
@@ -86,71 +77,78 @@ int StripChartMarks::rtti() const
 void StripChartMarks::draw(QPainter *painter, const QwtScaleMap &xMap, const QwtScaleMap &,
                            const QRectF &canvasRect) const
 {
+    const std::vector<Placed> placed = place(xMap, canvasRect);
+    painter->save();
+    painter->setFont(font);
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setBrush(Qt::NoBrush);
+    // All lines first: none goes through words.
+    for (const Placed &each : placed) {
+        painter->setPen(QPen(strip_chart_style::colour(each.look, palette), 1, Qt::DotLine));
+        painter->drawLine(QPointF(each.x, canvasRect.top()), QPointF(each.x, canvasRect.bottom()));
+    }
     written.clear();
+    std::vector<std::vector<QRectF>> rows(textRows);
+    for (const Placed &each : placed)
+        drawMark(*painter, each, canvasRect, rows);
+    painter->restore();
+}
+
+/// What is worse comes first, and so gets its words first.
+std::vector<StripChartMarks::Placed> StripChartMarks::place(const QwtScaleMap &xMap,
+                                                            const QRectF &canvasRect) const
+{
     std::vector<Placed> placed;
     for (int channel = 0; channel < recorder.count(); ++channel) {
         const ChannelRecord &record = recorder.at(channel);
         for (const ChannelMark &mark : record.marks()) {
             const double x = xMap.transform(mark.time);
             if (canvasRect.left() <= x && x <= canvasRect.right())
-                placed.push_back({x, record.look(), &mark,
+                placed.push_back({x, record.look(), mark.kind,
                                   simulator::addressText(record.address()) + QLatin1Char(' ') + mark.text});
         }
     }
-    // What is worse gets its words first.
     std::stable_sort(placed.begin(), placed.end(), [](const Placed &a, const Placed &b) {
-        return a.mark->kind != b.mark->kind ? a.mark->kind > b.mark->kind : a.x < b.x;
+        return a.kind != b.kind ? a.kind > b.kind : a.x < b.x;
     });
+    return placed;
+}
 
+/// In the first row that has room for its words; below all rows, without words, where none has.
+void StripChartMarks::drawMark(QPainter &painter, const Placed &mark, const QRectF &canvasRect,
+                               std::vector<std::vector<QRectF>> &rows) const
+{
     const QFontMetricsF metrics(font);
     const double size = metrics.ascent() * 0.7;
-    const double rowHeight = metrics.height();
-    std::vector<std::vector<QRectF>> rows(textRows);
-    painter->save();
-    painter->setFont(font);
-    painter->setRenderHint(QPainter::Antialiasing);
-    for (const Placed &each : placed) {
-        const QColor ink = strip_chart_style::colour(each.look, palette);
-        painter->setBrush(Qt::NoBrush);
-        painter->setPen(QPen(ink, 1, Qt::DotLine));
-        painter->drawLine(QPointF(each.x, canvasRect.top()), QPointF(each.x, canvasRect.bottom()));
-        const double width = size + metrics.horizontalAdvance(each.text) + metrics.height() / 2;
-        for (std::size_t row = 0; row <= textRows; ++row) {
-            if (row == textRows) { // no room: the mark has to do
-                painter->setPen(QPen(ink, 2));
-                drawShape(
-                    *painter, each.mark->kind,
-                    QPointF(each.x,
-                            canvasRect.top() + static_cast<double>(textRows) * rowHeight + rowHeight / 2),
-                    size);
-                break;
-            }
-            QRectF place(each.x - size / 2, canvasRect.top() + static_cast<double>(row) * rowHeight, width,
-                         rowHeight);
-            const bool toTheLeft = place.right() > canvasRect.right();
-            if (toTheLeft)
-                place.moveRight(each.x + size / 2);
-            if (std::any_of(rows[row].begin(), rows[row].end(),
-                            [&place](const QRectF &taken) { return taken.intersects(place); }))
-                continue;
-            rows[row].push_back(place);
-            // On a ground of its own: lines run below it.
-            QColor ground = palette.color(QPalette::Base);
-            constexpr int NearlyOpaque = 215;
-            ground.setAlpha(NearlyOpaque);
-            painter->fillRect(place, ground);
-            painter->setPen(QPen(ink, 2));
-            drawShape(*painter, each.mark->kind, QPointF(each.x, place.center().y()), size);
-            painter->setPen(palette.color(QPalette::Text));
-            const double gap = size * 1.25;
-            painter->drawText(
-                toTheLeft ? place.adjusted(0, 0, -gap, 0) : place.adjusted(gap, 0, 0, 0),
-                static_cast<int>(Qt::AlignVCenter | (toTheLeft ? Qt::AlignRight : Qt::AlignLeft)), each.text);
-            written.append(each.text);
-            break;
+    const double width = size + metrics.horizontalAdvance(mark.text) + metrics.height() / 2;
+    const QPen ink(strip_chart_style::colour(mark.look, palette), 2);
+    QRectF place(mark.x - size / 2, canvasRect.top(), width, metrics.height());
+    const bool toTheLeft = place.right() > canvasRect.right();
+    if (toTheLeft)
+        place.moveRight(mark.x + size / 2);
+    for (std::vector<QRectF> &row : rows) {
+        const bool isTaken = std::any_of(row.begin(), row.end(),
+                                         [&place](const QRectF &taken) { return taken.intersects(place); });
+        if (isTaken) {
+            place.translate(0, metrics.height());
+            continue;
         }
+        row.push_back(place);
+        // On a ground of its own: lines run below it.
+        QColor ground = palette.color(QPalette::Base);
+        constexpr int NearlyOpaque = 215;
+        ground.setAlpha(NearlyOpaque);
+        painter.fillRect(place, ground);
+        painter.setPen(palette.color(QPalette::Text));
+        const double gap = size * 1.25;
+        painter.drawText(toTheLeft ? place.adjusted(0, 0, -gap, 0) : place.adjusted(gap, 0, 0, 0),
+                         static_cast<int>(Qt::AlignVCenter | (toTheLeft ? Qt::AlignRight : Qt::AlignLeft)),
+                         mark.text);
+        written.append(mark.text);
+        break;
     }
-    painter->restore();
+    painter.setPen(ink);
+    drawShape(painter, mark.kind, QPointF(mark.x, place.center().y()), size);
 }
 
 } // namespace workbench

@@ -8,6 +8,8 @@
 
 #include <qwt_plot_item.h>
 
+#include <vector>
+
 namespace workbench
 {
 
@@ -35,6 +37,19 @@ public:
     const QStringList &writtenTexts() const { return written; }
 
 private:
+    /// A mark at its place in time.
+    struct Placed
+    {
+        double x; ///< pixels
+        int look;
+        ChannelMark::Kind kind;
+        QString text;
+    };
+
+    std::vector<Placed> place(const QwtScaleMap &xMap, const QRectF &canvasRect) const;
+    void drawMark(QPainter &painter, const Placed &mark, const QRectF &canvasRect,
+                  std::vector<std::vector<QRectF>> &rows) const;
+
     const ChannelRecorder &recorder;
     QFont font;
     QPalette palette;

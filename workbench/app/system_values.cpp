@@ -54,8 +54,11 @@ SystemState channelFault(Reader &reader)
 {
     if (reader.flag(QLatin1String("Status.emergency")))
         return SystemState::Emergency;
-    // The excess itself is over once the output is off; the error stays.
-    if (reader.flag(QLatin1String("Status.currentTrip")) || reader.flag(QLatin1String("Error.currentTrip")))
+    // The excess itself is over once the output is off; the error stays. With an output that is on, the trip is an
+    // error that nothing came of.
+    if (!reader.flag(QLatin1String("Status.on"))
+        && (reader.flag(QLatin1String("Status.currentTrip"))
+            || reader.flag(QLatin1String("Error.currentTrip"))))
         return SystemState::Tripped;
     return SystemState::Error;
 }

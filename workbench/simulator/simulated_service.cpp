@@ -132,6 +132,13 @@ QVector<QPair<QString, QString>> SimulatedService::allControllers() const
     return result;
 }
 
+QString SimulatedService::controllerOf(const QString &connectionName) const
+{
+    const Visit visit(*this);
+    const Connection *const connection = connections.find(connectionName);
+    return connection == nullptr ? QString() : connection->controller->connectionName();
+}
+
 QVector<JournalEntry> SimulatedService::journal(quint64 from, int most)
 {
     const Visit visit(*this);

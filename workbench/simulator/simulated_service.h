@@ -64,6 +64,9 @@ public:
     bool isControllerAvailable(const QString &name) const;
     /// All controllers, also those that are away: name and display text.
     QVector<QPair<QString, QString>> allControllers() const;
+    /// The connection name of the controller that a connection leads to, or that is named itself: a script may have
+    /// opened the connection under a name of its own. Empty when there is neither.
+    QString controllerOf(const QString &connectionName) const;
 
     /// Lets the plant come up to the clock's time, then gives what happened from that entry on, at most `most` entries.
     QVector<JournalEntry> journal(quint64 from, int most = 10000);
