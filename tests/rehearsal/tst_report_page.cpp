@@ -116,6 +116,44 @@ private Q_SLOTS:
                  qPrintable(list));
     }
 
+    // Not where the first is that shares it.
+    void aBadgeIsWhereTheGravestIs()
+    {
+        Recording recording = exampleRecording();
+        recording.channels.front().marks = {{Mark::Event, 2, -1, QStringLiteral("a")},
+                                            {Mark::Fault, 2.2, -1, QStringLiteral("b")},
+                                            {Mark::Event, 2.4, -1, QStringLiteral("c")}};
+        const QString strip = part(reportPage(recording), "<div class=\"strip wide\">", "</div></div>");
+        QVERIFY2(strip.contains(QStringLiteral("<span class=\"badge fault\" style=\"--at:22.00%\" "
+                                               "title=\"2.000 s: a\n2.200 s: b\n2.400 s: c\">⚡3</span>")),
+                 qPrintable(strip));
+    }
+
+    // A page full of pictures of nothing would hide the others.
+    void aQuietChannelIsFolded()
+    {
+        Recording recording = exampleRecording();
+        rehearsal::ChannelRecord quiet(2000, 500, 0.01);
+        quiet.controller = QStringLiteral("local");
+        quiet.address = channelAddress(0, 3, 7);
+        quiet.trace.add({0, 0, 0, 0});
+        quiet.trace.add({10, 0, 0, 0});
+        quiet.marks.push_back({Mark::Command, 1, 0, QStringLiteral("Control.on 0")});
+        recording.channels.push_back(quiet);
+        QString page = reportPage(recording);
+        QCOMPARE(page.count(QStringLiteral("<details><summary>0 V and 0 A all the time</summary>")), 1);
+        const QString figure = part(page, "data-channel=\"local/0.3.7\"><figcaption>", "</figure>");
+        QVERIFY(figure.contains(QStringLiteral("<details><summary>0 V and 0 A")));
+        QCOMPARE(figure.count(QStringLiteral("<path class=\"voltage\"")), 1);
+        QVERIFY(part(page, "<tr data-channel=\"local/0.3.7\"", "</tr>")
+                    .contains(QStringLiteral(">0 V</td><td class=\"number\" data-value=\"0\">–</td>")));
+
+        recording.channels.back().marks.push_back(
+            {Mark::Event, 2, -1, QStringLiteral("Event.externalInhibit")});
+        page = reportPage(recording);
+        QVERIFY(!page.contains(QStringLiteral("0 V and 0 A all the time")));
+    }
+
     // A line for each of them would make the picture grey.
     void manyMarksLeaveThePictureReadable()
     {

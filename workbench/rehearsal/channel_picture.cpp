@@ -312,6 +312,14 @@ QString signEntry(Mark::Kind kind, const QString &text)
         .arg(markClass(kind), markSign(kind), html(text));
 }
 
+/// Touched by commands, and nothing came of it.
+bool isQuiet(const ChannelRecord &record)
+{
+    const auto isCommand = [](const Mark &mark) { return mark.kind == Mark::Command; };
+    return record.voltage.value == 0 && record.current.value == 0 && record.marksLeftOut == 0
+        && std::all_of(record.marks.begin(), record.marks.end(), isCommand);
+}
+
 } // namespace
 
 QString channelPicture(const Recording &recording, std::size_t channel)
@@ -324,6 +332,12 @@ QString channelPicture(const Recording &recording, std::size_t channel)
         heading += QStringLiteral(" <span class=\"state bad\">%1</span>").arg(html(tr("✖ error")));
     if (record.crossed)
         heading += QStringLiteral(" <span class=\"state bad\">%1</span>").arg(html(tr("▲ limit crossed")));
+    const QString picture = Panel(recording, record, Quantity::Voltage).figure()
+        + Panel(recording, record, Quantity::Current).figure() + markStrip(recording, record)
+        + Panel::timeTicks(recording) + markList(record);
+    const QString shown = isQuiet(record) ? QStringLiteral("<details><summary>%1</summary>%2</details>\n")
+                                                .arg(html(tr("0 V and 0 A all the time")), picture)
+                                          : picture;
     return QStringLiteral(
                "<figure class=\"channel\" id=\"channel-%1\" data-channel=\"%2\"><figcaption><h3>%3</h3>"
                "<p>%4</p></figcaption>\n")
@@ -332,9 +346,7 @@ QString channelPicture(const Recording &recording, std::size_t channel)
                     html(tr("%1; nominal %2, %3; at the end: %4.")
                              .arg(record.controllerText, voltageText(record.voltageNominal),
                                   currentText(record.currentNominal), record.endState)))
-        + Panel(recording, record, Quantity::Voltage).figure()
-        + Panel(recording, record, Quantity::Current).figure() + markStrip(recording, record)
-        + Panel::timeTicks(recording) + markList(record) + QStringLiteral("</figure>\n");
+        + shown + QStringLiteral("</figure>\n");
 }
 
 QString pictureKey()

@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <cmath>
 
 namespace rehearsal
 {
@@ -49,18 +50,16 @@ bool isEarlier(const Mark *a, const Mark *b)
     return a->time < b->time;
 }
 
+bool isGraver(const Mark *a, const Mark *b)
+{
+    return severity(a->kind) > severity(b->kind);
+}
+
 /// Marks that share a badge.
 struct Cluster
 {
+    const Mark *gravest = nullptr; ///< the badge is where that is
     std::vector<const Mark *> marks;
-
-    Mark::Kind worst() const
-    {
-        const auto isLess = [](const Mark *a, const Mark *b) {
-            return severity(a->kind) < severity(b->kind);
-        };
-        return (*std::max_element(marks.begin(), marks.end(), isLess))->kind;
-    }
 
     QString tip() const
     {
@@ -88,7 +87,7 @@ int lastRequest(const Cluster &cluster)
 
 QString badgeText(const Cluster &cluster)
 {
-    const Mark::Kind kind = cluster.worst();
+    const Mark::Kind kind = cluster.gravest->kind;
     if (kind != Mark::Command) {
         const auto count = static_cast<int>(cluster.marks.size());
         return markSign(kind) + (count > 1 ? QString::number(count) : QString());
@@ -111,23 +110,31 @@ int mostCharacters(const std::vector<const Mark *> &marks)
     return 2 * QString::number(last).size() + 1;
 }
 
-/// So that no badge lies on another in a strip of this width.
-std::vector<Cluster> clusters(const std::vector<const Mark *> &marks, double duration, double stripWidth)
+/// So that no badge lies on another in a strip of this width. The gravest get theirs first, the others share.
+std::vector<Cluster> clusters(std::vector<const Mark *> marks, double duration, double stripWidth)
 {
     const double width = mostCharacters(marks) * CharacterWidth + BadgeEdges;
     const double distance = (width + BadgeGap) / (stripWidth - width) * duration;
+    std::stable_sort(marks.begin(), marks.end(), isEarlier);
+    std::stable_sort(marks.begin(), marks.end(), isGraver);
     std::vector<Cluster> result;
     for (const Mark *mark : marks) {
-        if (result.empty() || mark->time - result.back().marks.front()->time >= distance)
-            result.emplace_back();
-        result.back().marks.push_back(mark);
+        const auto isNearer = [mark](const Cluster &a, const Cluster &b) {
+            return std::abs(a.gravest->time - mark->time) < std::abs(b.gravest->time - mark->time);
+        };
+        auto nearest = std::min_element(result.begin(), result.end(), isNearer);
+        if (nearest == result.end() || std::abs(nearest->gravest->time - mark->time) >= distance)
+            nearest = result.insert(result.end(), {mark, {}});
+        nearest->marks.push_back(mark);
     }
+    for (Cluster &cluster : result)
+        std::stable_sort(cluster.marks.begin(), cluster.marks.end(), isEarlier);
     return result;
 }
 
 QString position(const Cluster &cluster, double duration)
 {
-    return QString::number(cluster.marks.front()->time / duration * 100, 'f', 2) + QLatin1Char('%');
+    return QString::number(cluster.gravest->time / duration * 100, 'f', 2) + QLatin1Char('%');
 }
 
 QString commandBadge(const Cluster &cluster, double duration)
@@ -150,7 +157,7 @@ QString commandBadge(const Cluster &cluster, double duration)
 QString eventBadge(const Cluster &cluster, double duration)
 {
     return QStringLiteral("<span class=\"badge %1\" style=\"--at:%2\" title=\"%3\">%4</span>")
-        .arg(markClass(cluster.worst()), position(cluster, duration), html(cluster.tip()),
+        .arg(markClass(cluster.gravest->kind), position(cluster, duration), html(cluster.tip()),
              badgeText(cluster));
 }
 
@@ -220,9 +227,6 @@ QString markStrip(const Recording &recording, const ChannelRecord &channel)
     std::vector<const Mark *> others;
     for (const Mark &mark : channel.marks)
         (mark.kind == Mark::Command ? commands : others).push_back(&mark);
-    std::stable_sort(commands.begin(), commands.end(), isEarlier);
-    std::stable_sort(others.begin(), others.end(), isEarlier);
-
     const double duration = std::max(recording.duration, 1e-3);
     return strip("wide", WideStrip, commands, others, duration)
         + strip("narrow", NarrowStrip, commands, others, duration);
@@ -237,9 +241,6 @@ QString markList(const ChannelRecord &channel)
     }
     const int more = static_cast<int>(marks.size()) - MostInList;
     if (more > 0) {
-        const auto isGraver = [](const Mark *a, const Mark *b) {
-            return severity(a->kind) > severity(b->kind);
-        };
         std::stable_sort(marks.begin(), marks.end(), isGraver);
         marks.resize(MostInList);
     }

@@ -25,7 +25,7 @@ const char *const Style = R"(
 * { box-sizing: border-box; }
 html { -webkit-text-size-adjust: 100%; }
 body { margin: 0; background: var(--page); color: var(--ink);
-  font: 16px/1.5 system-ui, "Segoe UI", "DejaVu Sans", Arial, sans-serif; }
+  font: 1rem/1.5 system-ui, "Segoe UI", "DejaVu Sans", Arial, sans-serif; }
 main { max-width: 1160px; margin: 0 auto; padding: 24px 20px 64px; }
 h1 { font-size: 1.7rem; line-height: 1.25; margin: 0 0 12px; overflow-wrap: anywhere; }
 h2 { font-size: 1.25rem; margin: 40px 0 12px; }
@@ -66,6 +66,7 @@ tr:target td { background: var(--warnpaper); }
 #request-table td:nth-child(6) { min-width: 130px; }
 #request-table td:last-child { white-space: nowrap; }
 details summary { cursor: pointer; }
+figure summary { color: var(--soft); font-size: .9rem; }
 details code { display: block; margin: 4px 0; overflow-wrap: anywhere; white-space: pre-wrap; color: var(--soft); }
 ul.findings { list-style: none; margin: 0; padding: 0; }
 ul.findings li { background: var(--badpaper); border-left: 4px solid var(--bad); border-radius: 4px; padding: 10px 14px;
@@ -155,13 +156,15 @@ footer { margin-top: 48px; color: var(--soft); font-size: .85rem; }
   :root { --page: #fff; --card: #fff; --ink: #000; --soft: #444; --rule: #999; --grid: #ddd; --voltage: #0550ae;
     --current: #9a4a00; --set: #444; --bad: #b3141f; --badpaper: #fff; --warn: #7a4d00; --warnpaper: #fff;
     --good: #116329; --goodpaper: #fff; --fault: #6f32b0; --link: #000; }
-  body { font-size: 11px; print-color-adjust: exact; -webkit-print-color-adjust: exact; }
+  html { font-size: 12px; }
+  body { print-color-adjust: exact; -webkit-print-color-adjust: exact; }
   main { max-width: none; padding: 0; }
   nav { display: none; }
   .scroll, pre.transcript { overflow: visible; max-height: none; background: none; }
   pre.transcript { white-space: pre-wrap; overflow-wrap: anywhere; }
-  table { font-size: .85rem; }
-  td, th { white-space: normal !important; min-width: 0 !important; overflow-wrap: anywhere; }
+  th, td:not(.number) { white-space: normal !important; }
+  #request-table td { min-width: 0; }
+  #request-table td:nth-child(n+3) { overflow-wrap: break-word; }
   h2 { break-after: avoid; }
   tr { break-inside: avoid; }
 }

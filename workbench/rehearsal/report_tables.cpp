@@ -49,6 +49,12 @@ QString timeCell(double seconds)
     return numberCell(seconds, std::isfinite(seconds) ? timeText(seconds) : QStringLiteral("–"));
 }
 
+/// Of what never left zero, no time is the time of its peak.
+QString peakTimeCell(const Peak &peak)
+{
+    return numberCell(peak.time, peak.value == 0 ? QStringLiteral("–") : timeText(peak.time));
+}
+
 QString row(const QStringList &cells, const QString &attributes = {})
 {
     return QStringLiteral("<tr%1>%2</tr>\n").arg(attributes, cells.join(QString()));
@@ -221,9 +227,9 @@ QString peakTable(const Recording &recording)
             verdicts << tr("✔ no trip, no error, no limit crossed");
         rows += row({cell(channelLink(recording, i)),
                      numberCell(channel.voltage.value, voltageText(channel.voltage.value)),
-                     timeCell(channel.voltage.time),
+                     peakTimeCell(channel.voltage),
                      numberCell(channel.current.value, currentText(channel.current.value)),
-                     timeCell(channel.current.time), outcomeCell(verdicts.join(QStringLiteral(", "))),
+                     peakTimeCell(channel.current), outcomeCell(verdicts.join(QStringLiteral(", "))),
                      textCell(channel.endState)},
                     QStringLiteral(" data-channel=\"%1\"%2")
                         .arg(html(channel.name()), isGood ? QString() : QStringLiteral(" class=\"bad\"")));
