@@ -2,10 +2,10 @@
 
 #include "hostclient/orb_log_message.h"
 #include "workbench/simulator/moment_clock.h"
-#include "workbench/simulator/pass_through_text.h"
 #include "workbench/simulator/real_clock.h"
 #include "workbench/simulator/refusal_text.h"
 #include "workbench/simulator/request_parser.h"
+#include "workbench/simulator/simulated_service_visit.h"
 
 #include <utility>
 
@@ -31,46 +31,7 @@ bool isOfController(const Fault &fault)
     return faultLevel(fault.kind) == OrbItemId::System;
 }
 
-// Why nothing can be done with a connection; Success when it can.
-TarnResult usability(const Connection *connection)
-{
-    if (connection == nullptr)
-        return TarnResult::NoData;
-    return connection->isUsable() ? TarnResult::Success : TarnResult::NotConnected;
-}
-
 } // namespace
-
-/// The plant, locked and come to the clock's time. Whatever happened until then is on its way to the listener when the
-/// visit ends.
-class SimulatedService::Visit
-{
-public:
-    explicit Visit(const SimulatedService &visited)
-        : service(visited), lock(visited.plantMutex), now(visited.clock->now())
-    {
-        service.transport.comeTo(now);
-    }
-    ~Visit()
-    {
-        std::vector<AnswerNotice> notices = service.transport.takeNotices();
-        if (notices.empty())
-            return;
-        service.answers.post(std::chrono::milliseconds(0), [&told = service, notices = std::move(notices)] {
-            for (const AnswerNotice &notice : notices)
-                told.tell(notice);
-        });
-    }
-    Visit(const Visit &) = delete;
-    Visit &operator=(const Visit &) = delete;
-
-private:
-    const SimulatedService &service;
-    const Guard lock;
-
-public:
-    const double now; ///< s on the plant's clock
-};
 
 SimulatedService::SimulatedService() : SimulatedService(std::make_shared<RealClock>()) { }
 
@@ -179,33 +140,11 @@ TarnResult SimulatedService::mend(const Fault &fault)
     return isOfController(fault) ? transport.mend(fault, visit.now) : faults.mend(fault, visit.now);
 }
 
-TarnResult SimulatedService::injectPassThroughMessage(const QString &connectionName,
-                                                      const OrbRequestItem &request)
-{
-    return onConnection(connectionName, [&request](Connection &connection, double /*now*/) {
-        return connection.passThrough.inject(request);
-    });
-}
-
 QString SimulatedService::connectionScript(const QString &connectionName) const
 {
     const Visit visit(*this);
     const Connection *const connection = connections.find(connectionName);
     return connection == nullptr ? QString() : connection->script.name;
-}
-
-QVector<OrbItemValue> SimulatedService::takeSentPassThroughMessages(const QString &connectionName)
-{
-    const Visit visit(*this);
-    Connection *const connection = connections.find(connectionName);
-    return connection == nullptr ? QVector<OrbItemValue>() : connection->passThrough.takeSent();
-}
-
-QString SimulatedService::passThroughScript(const QString &connectionName) const
-{
-    const Visit visit(*this);
-    const Connection *const connection = connections.find(connectionName);
-    return connection == nullptr ? QString() : connection->passThrough.scriptName();
 }
 
 void SimulatedService::setListener(OrbBackendListener *listener)
@@ -383,75 +322,12 @@ bool SimulatedService::rawRequest(const QString &controller, const QString &requ
     return true;
 }
 
-TarnResult SimulatedService::activatePassThrough(const QString &connectionName, const QString &scriptName)
-{
-    return onConnection(connectionName, [&scriptName](Connection &connection, double /*now*/) {
-        connection.passThrough.activate(scriptName);
-        return TarnResult::Success;
-    });
-}
-
-TarnResult SimulatedService::takePassThroughMessage(const QString &connectionName, OrbRequestItem &request)
-{
-    return onConnection(connectionName, [this, &request](Connection &connection, double now) {
-        const TarnResult result = connection.passThrough.takeNext(request);
-        if (result == TarnResult::Success)
-            enterPassThrough(JournalEntry::PassThroughIn, connection, passThroughText(request), now);
-        return result;
-    });
-}
-
-TarnResult SimulatedService::takePassThroughMessages(const QString &connectionName,
-                                                     QVector<OrbRequestItem> &requests)
-{
-    requests.clear();
-    return onConnection(connectionName, [this, &requests](Connection &connection, double now) {
-        const TarnResult result = connection.passThrough.takeAll(requests);
-        for (const OrbRequestItem &request : std::as_const(requests))
-            enterPassThrough(JournalEntry::PassThroughIn, connection, passThroughText(request), now);
-        return result;
-    });
-}
-
-TarnResult SimulatedService::sendPassThroughMessages(const QString &connectionName,
-                                                     const QVector<OrbItemValue> &values)
-{
-    return onConnection(connectionName, [this, &values](Connection &connection, double now) {
-        const TarnResult result = connection.passThrough.send(values);
-        if (result != TarnResult::Success)
-            return result;
-        for (const OrbItemValue &value : values)
-            enterPassThrough(JournalEntry::PassThroughOut, connection, passThroughText(value), now);
-        return result;
-    });
-}
-
 TarnResult SimulatedService::setDebugLevel(int level)
 {
     if (level < 0 || level > 2)
         return TarnResult::Failed;
     debugLevel = level;
     return TarnResult::Success;
-}
-
-template <class Name, class Function>
-TarnResult SimulatedService::onConnection(const Name &nameOrId, Function function) const
-{
-    const Visit visit(*this);
-    Connection *const connection = connections.find(nameOrId);
-    const TarnResult result = usability(connection);
-    return result == TarnResult::Success ? function(*connection, visit.now) : result;
-}
-
-void SimulatedService::enterPassThrough(JournalEntry::Kind kind, const Connection &connection,
-                                        const QString &text, double now)
-{
-    JournalEntry entry;
-    entry.kind = kind;
-    entry.controller = connection.controller->connectionName();
-    entry.text = text;
-    entry.time = now;
-    run.journal.add(entry);
 }
 
 void SimulatedService::setAlarm()
