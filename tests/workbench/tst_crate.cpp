@@ -18,6 +18,7 @@ private Q_SLOTS:
     void powerNeedsMainsAndSupply();
     void switchesItselfOffWhenItIsHot();
     void warmsWithItsModules();
+    void overheatsUnderLoad();
     void countsItsOwnConditions();
     void lettingTheVoltageDownTakesItsTime();
 };
@@ -119,6 +120,38 @@ void TestCrate::warmsWithItsModules()
     const double cold = 23.5;
     const double expected = cold + (31 + rise - cold) * std::exp(-1);
     QVERIFY(isNear(bench.number(Crate1000, "Status.temperature1"), expected, 0.01 * (31 + rise - cold)));
+}
+
+void TestCrate::overheatsUnderLoad()
+{
+    // A degree below 60, until all outputs are at 40 % of their power but one in each module that has no load.
+    CrateBench bench;
+    bench.fault(FaultKind::CrateOverheating, true, 28);
+    QVERIFY(bench.isTrue(Crate1000, "Status.temperatureGood"));
+    double heat = 0;
+    const double start = bench.now;
+    constexpr int ChannelsOfModules[] = {8, 12, 16, 16};
+    constexpr const char *Volts[] = {"6000", "3000", "2000", "500"};
+    for (quint32 module = 0; module < 4; ++module) {
+        const int channels = ChannelsOfModules[module];
+        heat += 0.4 * (channels - 1) / channels / 4;
+        for (qint32 channel = 0; channel < channels; ++channel)
+            QVERIFY(bench.ramp({OrbItemId::Channel, 0, module, channel}, Volts[module]));
+    }
+    const double ramped = 10;
+    const double until = start + ramped - 300 * std::log(1 - 1 / (10 * heat));
+    bench.now = start + ramped + 0.99 * (until - start - ramped);
+    QVERIFY(bench.isTrue(Channel00, "Control.on"));
+    QVERIFY(bench.isTrue(Crate1000, "Control.power"));
+    bench.now = start + ramped + 1.01 * (until - start - ramped);
+    QVERIFY(!bench.isTrue(Channel00, "Control.on"));
+    QVERIFY(!bench.isTrue(Crate1000, "Control.power"));
+    QVERIFY(bench.isTrue(Crate1000, "Error.temperatureNotGood"));
+    QCOMPARE(bench.write(Crate1000, "Control.power", "1"), TarnResult::Failed);
+    // Cold at last, it can be switched on again: below 58.
+    bench.now += 3000;
+    QVERIFY(bench.isTrue(Crate1000, "Status.temperatureGood"));
+    QVERIFY(bench.set(Crate1000, "Control.power", "1"));
 }
 
 void TestCrate::countsItsOwnConditions()
