@@ -467,10 +467,20 @@ private Q_SLOTS:
     void marksAreBounded()
     {
         const int index = touch();
-        for (int i = 0; i < ChannelWatch::MostMarks + 2; ++i)
-            watch->mark(index, {rehearsal::Mark::Event, double(i), -1, QStringLiteral("Event.arc")});
-        QCOMPARE(channel().marks.size(), static_cast<std::size_t>(ChannelWatch::MostMarks));
+        const auto add = [&](rehearsal::Mark::Kind kind, int count) {
+            for (int i = 0; i < count; ++i)
+                watch->mark(index, {kind, double(i), -1, QString()});
+        };
+        add(rehearsal::Mark::Event, ChannelWatch::MostCommandsAndEvents + 2);
+        QCOMPARE(channel().marks.size(), static_cast<std::size_t>(ChannelWatch::MostCommandsAndEvents));
         QCOMPARE(channel().marksLeftOut, 2);
+        // What went wrong is not lost among them.
+        add(rehearsal::Mark::LimitCrossed, ChannelWatch::MostMarks);
+        QCOMPARE(channel().marks.size(), static_cast<std::size_t>(ChannelWatch::MostMarksButErrors));
+        add(rehearsal::Mark::Error, 1);
+        QCOMPARE(channel().marks.back().kind, rehearsal::Mark::Error);
+        add(rehearsal::Mark::Error, ChannelWatch::MostMarks);
+        QCOMPARE(channel().marks.size(), static_cast<std::size_t>(ChannelWatch::MostMarks));
     }
 };
 

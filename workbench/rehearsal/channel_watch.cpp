@@ -46,6 +46,22 @@ void raise(Peak &peak, double value, double time)
         peak = {value, time};
 }
 
+/// How many marks a channel may have for one more of that kind.
+std::size_t roomFor(Mark::Kind kind)
+{
+    switch (kind) {
+    case Mark::Command:
+    case Mark::Event:
+        return ChannelWatch::MostCommandsAndEvents;
+    case Mark::Fault:
+    case Mark::LimitCrossed:
+        return ChannelWatch::MostMarksButErrors;
+    case Mark::Error:
+        break;
+    }
+    return ChannelWatch::MostMarks;
+}
+
 /// Null when the channel has not crossed that limit.
 Crossings *crossingsOf(ChannelRecord &record, int limit)
 {
@@ -124,7 +140,7 @@ void ChannelWatch::addWaypoint(const simulator::JournalEntry &entry)
 void ChannelWatch::mark(int index, const Mark &mark)
 {
     ChannelRecord &record = recording.channels[static_cast<std::size_t>(index)];
-    if (record.marks.size() >= MostMarks)
+    if (record.marks.size() >= roomFor(mark.kind))
         ++record.marksLeftOut;
     else
         record.marks.push_back(mark);

@@ -18,6 +18,8 @@ class ChannelWatch
 public:
     static constexpr int MostPoints = 2000; ///< of a channel; fewer when many channels are touched
     static constexpr int MostMarks = 500; ///< of a channel
+    static constexpr int MostMarksButErrors = 450;
+    static constexpr int MostCommandsAndEvents = 400; ///< so that many of them leave room for what went wrong
 
     /// How a channel is now; false when there is no such channel.
     using Look = std::function<bool(const QString &controller, const simulator::ObjectAddress &channel,
