@@ -92,7 +92,7 @@ private Q_SLOTS:
         QVERIFY(figure.contains(QStringLiteral("<path class=\"limit\"")));
         QVERIFY(figure.contains(QStringLiteral(">limit </span>800 V</span>")));
         QVERIFY(figure.contains(QStringLiteral(">plant </span>2000 V</span>")));
-        QVERIFY2(figure.contains(QStringLiteral("beyond the picture: plant 4 mA")),
+        QVERIFY2(figure.contains(QStringLiteral("beyond the picture: plant&#39;s limit 4 mA")),
                  "a limit that would make the picture flat is told instead");
         QCOMPARE(figure.count(QStringLiteral("<path class=\"mark command\"")), 2); // in both panels
         QCOMPARE(figure.count(QStringLiteral("<path class=\"mark error\"")), 2);

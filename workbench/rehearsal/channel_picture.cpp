@@ -283,7 +283,8 @@ private:
         QStringList texts;
         for (const Level &level : levels) {
             if (!isShown(level))
-                texts << level.word + QLatin1Char(' ') + level.text;
+                texts << (level.cssClass == QLatin1String("plant") ? tr("plant's limit %1") : tr("limit %1"))
+                             .arg(level.text);
         }
         return texts.isEmpty()
             ? QString()
