@@ -5,8 +5,10 @@
 
 #include <QDropEvent>
 #include <QFile>
+#include <QFileDialog>
 #include <QImage>
 #include <QMenu>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QPainter>
 #include <QSignalSpy>
@@ -390,6 +392,41 @@ private Q_SLOTS:
         }
         QVERIFY(!bench.chart.exportTo(dir.filePath(QStringLiteral("nowhere/") + name), error));
         QVERIFY(error.contains(QStringLiteral("nowhere")));
+    }
+
+    void saysWhetherItWasSaved_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("works");
+        QTest::newRow("saved") << QStringLiteral("a.csv") << true;
+        QTest::newRow("no such folder") << QStringLiteral("nowhere/a.csv") << false;
+        QTest::newRow("a folder in its place") << QStringLiteral(".") << false;
+    }
+
+    void saysWhetherItWasSaved()
+    {
+        QFETCH(QString, name);
+        QFETCH(bool, works);
+        StripChartBench bench;
+        bench.ramp();
+        QSignalSpy messages(&bench.chart, &StripChart::message);
+        for (const QMenu *menu : bench.chart.findChildren<QMenu *>()) {
+            if (menu->title() == QStringLiteral("Export"))
+                menu->actions().constLast()->trigger();
+        }
+        auto *dialog = bench.chart.findChild<QFileDialog *>();
+        QVERIFY(dialog);
+        QTemporaryDir dir;
+        Q_EMIT dialog->fileSelected(dir.filePath(name));
+        dialog->close();
+        QCOMPARE(messages.size(), works ? 1 : 0);
+        auto *complaint = bench.chart.findChild<QMessageBox *>(QStringLiteral("exportComplaint"));
+        QCOMPARE(complaint != nullptr, !works);
+        if (complaint) {
+            QVERIFY(complaint->isVisible());
+            QVERIFY(complaint->text().contains(dir.filePath(name)));
+            complaint->close();
+        }
     }
 };
 

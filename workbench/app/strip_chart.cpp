@@ -17,6 +17,7 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QMenu>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QSaveFile>
 #include <QTextStream>
@@ -222,11 +223,23 @@ void StripChart::askForFile(const QString &suffix, const QString &filter)
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setDefaultSuffix(suffix);
     dialog->selectFile(QStringLiteral("chart.") + suffix);
-    connect(dialog, &QFileDialog::fileSelected, this, [this](const QString &fileName) {
-        QString error;
-        Q_EMIT message(exportTo(fileName, error) ? tr("The chart is saved in \"%1\".").arg(fileName) : error);
-    });
+    connect(dialog, &QFileDialog::fileSelected, this, &StripChart::save);
     dialog->open();
+}
+
+void StripChart::save(const QString &fileName)
+{
+    QString error;
+    if (exportTo(fileName, error)) {
+        Q_EMIT message(tr("The chart is saved in \"%1\".").arg(fileName));
+        return;
+    }
+    // What was meant to be kept and is not must not be overlooked.
+    auto *complaint =
+        new QMessageBox(QMessageBox::Warning, tr("Export the chart"), error, QMessageBox::Ok, this);
+    complaint->setObjectName(QStringLiteral("exportComplaint"));
+    complaint->setAttribute(Qt::WA_DeleteOnClose);
+    complaint->open();
 }
 
 void StripChart::showState()

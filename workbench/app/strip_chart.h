@@ -56,6 +56,7 @@ private:
     void addMenuTool(const QString &text, const QString &help, QMenu *menu);
     void fillRemoveMenu();
     void askForFile(const QString &suffix, const QString &filter);
+    void save(const QString &fileName);
     void showState();
     QVector<OrbItemId> channelsOf(const OrbItemId &id);
 
