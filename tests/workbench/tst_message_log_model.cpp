@@ -66,6 +66,17 @@ class TestMessageLogModel : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void keepsNumbersAndWordsApart()
+    {
+        const workbench::MessageLogModel model;
+        const auto isAligned = [&](int column, Qt::AlignmentFlag side) {
+            const QVariant value = model.headerData(column, Qt::Horizontal, Qt::TextAlignmentRole);
+            return ((value.isValid() ? value.toInt() : int(Qt::AlignLeft)) & side) != 0;
+        };
+        for (int column = 1; column < model.columnCount(); ++column)
+            QVERIFY(!isAligned(column - 1, Qt::AlignRight) || !isAligned(column, Qt::AlignLeft));
+    }
+
     void tiesAnswersToTheirRequests()
     {
         MessageLogModel model;

@@ -128,7 +128,7 @@ QVariant MessageLogModel::data(const QModelIndex &index, int role) const
     if (role == Qt::DecorationRole && index.column() == ResultColumn)
         return outcomeIcon(request.outcome());
     if (role == Qt::TextAlignmentRole && (index.column() == TimeColumn || index.column() == LatencyColumn))
-        return static_cast<int>(Qt::AlignRight | Qt::AlignVCenter);
+        return static_cast<int>(Qt::AlignCenter); // words are beside the numbers
     if (role != Qt::DisplayRole)
         return {};
     switch (index.column()) {
@@ -157,7 +157,7 @@ QVariant MessageLogModel::headerData(int section, Qt::Orientation orientation, i
     if (orientation != Qt::Horizontal)
         return {};
     if (role == Qt::TextAlignmentRole && (section == TimeColumn || section == LatencyColumn))
-        return static_cast<int>(Qt::AlignRight | Qt::AlignVCenter);
+        return static_cast<int>(Qt::AlignCenter); // words are beside the numbers
     if (role != Qt::DisplayRole && role != Qt::ToolTipRole)
         return {};
     const bool isLong = role == Qt::ToolTipRole;

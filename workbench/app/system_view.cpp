@@ -219,7 +219,7 @@ void SystemView::layOutColumns()
     };
     setIndentation(metrics.height() * 3 / 4);
     constexpr int Levels = 5; // controller, line, crate, module, channel
-    int nameWidth = Levels * indentation() + metrics.horizontalAdvance(tr("Channel 88")) + margin;
+    int nameWidth = Levels * indentation() + metrics.horizontalAdvance(tr("Channel 88")) + 2 * margin;
     const int longestName = 2 * nameWidth;
     for (int row = 0; row < model()->rowCount(); ++row)
         nameWidth =
