@@ -226,6 +226,34 @@ private Q_SLOTS:
         QVERIFY(std::is_sorted(places.begin(), places.end()));
     }
 
+    void failuresAreInTheOrderOfTime()
+    {
+        Recording recording;
+        recording.failures.resize(4);
+        recording.failures[0].time = 2;
+        recording.failures[1].time = rehearsal::NoTime;
+        recording.failures[2].time = 0.5;
+        recording.failures[3].time = 1;
+        QStringList times;
+        const QStringList items =
+            part(reportPage(recording), "<ul class=\"findings\">", "</ul>").split(QStringLiteral("<li"));
+        for (const QString &item : items.mid(1))
+            times << item.section(QStringLiteral("where\">"), 1).section(QLatin1Char('<'), 0, 0);
+        QCOMPARE(times,
+                 (QStringList{QStringLiteral("0.500 s"), QStringLiteral("1.000 s"), QStringLiteral("2.000 s"),
+                              QString()}));
+    }
+
+    void aFileThatFailedIsSeen()
+    {
+        const QString table = part(reportPage(exampleRecording()), "<table id=\"files\">", "</table>");
+        QCOMPARE(table.count(QStringLiteral("<tr class=\"bad\">")), 2);
+        QVERIFY(table.contains(QStringLiteral("<td class=\"outcome\">✖ failed</td>")));
+        Recording good = exampleRecording();
+        good.files.front().outcome = QStringLiteral("done");
+        QVERIFY(reportPage(good).contains(QStringLiteral("<td class=\"outcome\">✔ done</td>")));
+    }
+
     void linksLeadSomewhere()
     {
         const QString page = reportPage(exampleRecording());

@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QStringList>
 
+#include <algorithm>
 #include <cmath>
 
 namespace rehearsal
@@ -160,6 +161,16 @@ QString findingPlace(const Recording &recording, const Finding &finding)
     return place.join(QStringLiteral(" · "));
 }
 
+/// In the order of time; a failure is known only when its answer is there. What has none is last.
+std::vector<Finding> inOrder(std::vector<Finding> findings)
+{
+    const auto isEarlier = [](const Finding &a, const Finding &b) {
+        return std::isfinite(a.time) && (!std::isfinite(b.time) || a.time < b.time);
+    };
+    std::stable_sort(findings.begin(), findings.end(), isEarlier);
+    return findings;
+}
+
 QString details(const QString &summary, const QString &text)
 {
     return QStringLiteral("<details><summary>%1</summary><code>%2</code></details>").arg(summary, html(text));
@@ -171,8 +182,11 @@ QString fileTable(const Recording &recording)
 {
     QString rows;
     for (const FileRecord &file : recording.files) {
+        const bool isDone = file.outcome == QLatin1String("done");
         rows += row({textCell(file.name), textCell(file.isScript ? tr("Python file") : tr("command file")),
-                     timeCell(file.begin), timeCell(file.end), textCell(file.outcome)});
+                     timeCell(file.begin), timeCell(file.end),
+                     outcomeCell((isDone ? QStringLiteral("✔ ") : QStringLiteral("✖ ")) + file.outcome)},
+                    isDone ? QString() : QStringLiteral(" class=\"bad\""));
     }
     return table("files", tr("Files"), {tr("File"), tr("Kind"), tr("Begins"), tr("Ends"), tr("Outcome")},
                  rows);
@@ -196,7 +210,7 @@ QString findingList(const Recording &recording, const std::vector<Finding> &find
     if (findings.empty())
         return {};
     QString items;
-    for (const Finding &finding : findings) {
+    for (const Finding &finding : inOrder(findings)) {
         const bool isLong = finding.text.contains(QLatin1Char('\n'));
         items +=
             QStringLiteral("<li class=\"%1\"><strong>%2</strong> <span class=\"where\">%3</span>%4</li>\n")
