@@ -63,7 +63,7 @@ private:
         watch->takeIn();
     }
 
-    void waypoint(double time, double before, double voltage, double set = 1000)
+    void waypoint(double time, double before, double voltage, bool isRamping = false, double set = 1000)
     {
         JournalEntry entry;
         entry.kind = JournalEntry::Waypoint;
@@ -74,6 +74,7 @@ private:
         entry.currentBefore = before / 1e6;
         entry.voltage = voltage;
         entry.current = voltage / 1e6;
+        entry.isRamping = isRamping;
         entry.voltageSet = set;
         watch->addWaypoint(entry);
     }
@@ -260,7 +261,7 @@ private Q_SLOTS:
     {
         touch();
         at(1, 0, 0);
-        waypoint(1.02, 0, 0); // switched on
+        waypoint(1.02, 0, 0, true); // switched on
         at(1.05, 30, Ramping);
         QVERIFY(watch->isRamping());
         at(1.5, 480, Ramping);
@@ -279,7 +280,7 @@ private Q_SLOTS:
     {
         touch();
         at(1, 0, 0);
-        waypoint(1.02, 0, 0);
+        waypoint(1.02, 0, 0, true);
         at(1.5, 480, Ramping);
         waypoint(1.52, 500, 0); // off without a ramp
         at(1.55, 0, 0);
@@ -294,7 +295,7 @@ private Q_SLOTS:
         now.voltage = 20;
         now.status = Ramping;
         touch();
-        waypoint(1.02, 0, 0);
+        waypoint(1.02, 0, 0, true);
         at(1.05, 30, Ramping);
         at(2, 1000, On);
         QCOMPARE(channel().ramps.size(), std::size_t{1});
@@ -330,7 +331,7 @@ private Q_SLOTS:
         at(1, 0, 0);
         now.time = 1.05;
         watch->look(false);
-        waypoint(1.06, 0, 0);
+        waypoint(1.06, 0, 0, true);
         watch->takeIn();
         QVERIFY(watch->isRamping());
         at(1.1, 40, Ramping);
@@ -347,19 +348,24 @@ private Q_SLOTS:
         QCOMPARE(channel().ramps.at(0).end, 2.06);
     }
 
-    void measuresARampBetweenTwoLooks()
+    void measuresRampsBetweenTwoLooks()
     {
-        const int index = touch();
+        touch();
         at(1, 0, 0);
-        waypoint(1.01, 0, 0);
-        watch->endOfRamp(index, 1.03);
-        waypoint(1.03, 20, 20);
-        at(1.05, 20, On);
-        at(1.1, 20, On);
-        QCOMPARE(channel().ramps.size(), std::size_t{1});
+        waypoint(1.01, 0, 0, true);
+        waypoint(1.02, 20, 20);
+        waypoint(1.03, 20, 20, true);
+        waypoint(1.04, 10, 10);
+        at(1.05, 10, On);
+        at(1.1, 10, On);
+        QCOMPARE(channel().ramps.size(), std::size_t{2});
         QCOMPARE(channel().ramps.at(0).begin, 1.01);
-        QCOMPARE(channel().ramps.at(0).end, 1.03);
+        QCOMPARE(channel().ramps.at(0).end, 1.02);
         QCOMPARE(channel().ramps.at(0).to, 20.0);
+        QCOMPARE(channel().ramps.at(1).begin, 1.03);
+        QCOMPARE(channel().ramps.at(1).end, 1.04);
+        QCOMPARE(channel().ramps.at(1).from, 20.0);
+        QCOMPARE(channel().ramps.at(1).to, 10.0);
     }
 
     // A load that breaks down for a moment is no ramp.
@@ -409,9 +415,9 @@ private Q_SLOTS:
     {
         touch();
         at(1, 0, 0);
-        waypoint(1.02, 0, 0, 1000);
+        waypoint(1.02, 0, 0, true, 1000);
         at(1.05, 20, Ramping);
-        waypoint(1.07, 50, 0, 0);
+        waypoint(1.07, 50, 0, false, 0);
         at(1.1, 0, 0);
         QStringList sets;
         for (const rehearsal::TracePoint &point : channel().trace.points())

@@ -128,13 +128,8 @@ void ChannelWatch::addWaypoint(const simulator::JournalEntry &entry)
     state.voltageSet = std::copysign(entry.voltageSet, entry.voltage);
     const TracePoint point{entry.time, entry.voltage, entry.current, state.voltageSet};
     add(index, point);
-    if (!state.hasWaypoint) {
-        state.courseSince = entry.time;
-        state.courseFrom = entry.voltage;
-    }
+    followRamp(index, point, entry.voltageBefore, entry.isRamping);
     state.hasWaypoint = true;
-    state.latestWaypoint = point;
-    state.latestBefore = entry.voltageBefore;
 }
 
 void ChannelWatch::mark(int index, const Mark &mark)
@@ -173,11 +168,6 @@ void ChannelWatch::error(int index, double time, const QString &item)
     finding.text =
         tr("Channel %1 reports \"%2\", and was not switched off by it.").arg(finding.channel, item);
     report(finding);
-}
-
-void ChannelWatch::endOfRamp(int index, double time)
-{
-    states[static_cast<std::size_t>(index)].endOfRamp = time;
 }
 
 void ChannelWatch::look(bool atAll)
@@ -231,11 +221,10 @@ void ChannelWatch::takeIn(std::size_t index)
         || point.current != state.last.current || isRamping != state.isRamping || state.hasWaypoint
         || point.voltageSet != state.last.voltageSet;
     state.restingLooks = isNew ? 0 : state.restingLooks + 1;
-    followRamp(index, point, isRamping);
+    // The journal knows better.
+    followRamp(index, point, point.voltage, state.hasWaypoint ? state.isRamping : isRamping);
     add(index, point);
     state.hasWaypoint = false;
-    state.courseSince = NoTime;
-    state.endOfRamp = NoTime;
 }
 
 void ChannelWatch::add(std::size_t index, const TracePoint &point)
@@ -320,24 +309,18 @@ void ChannelWatch::finish()
     }
 }
 
-void ChannelWatch::followRamp(std::size_t index, const TracePoint &point, bool isRamping)
+void ChannelWatch::followRamp(std::size_t index, const TracePoint &point, double before, bool isRamping)
 {
     State &state = states[index];
     std::vector<Ramp> &ramps = recording.channels[index].ramps;
     if (isRamping && !state.isRamping) {
-        const bool knowsBegin = state.hasWaypoint;
-        const double begin = knowsBegin ? state.courseSince : point.time;
-        const double from = knowsBegin ? state.courseFrom : point.voltage;
-        ramps.push_back({begin, NoTime, from, point.voltage});
+        ramps.push_back({point.time, NoTime, point.voltage, point.voltage});
     } else if (!isRamping && state.isRamping) {
         // What ends a ramp may take the voltage down at the same moment.
-        ramps.back().end = state.hasWaypoint ? state.latestWaypoint.time : point.time;
-        ramps.back().to = state.hasWaypoint ? state.latestBefore : point.voltage;
+        ramps.back().end = point.time;
+        ramps.back().to = before;
     } else if (isRamping) {
         ramps.back().to = point.voltage;
-    } else if (state.hasWaypoint && state.endOfRamp >= state.courseSince) {
-        // Begun and over since the last look.
-        ramps.push_back({state.courseSince, state.endOfRamp, state.courseFrom, state.latestWaypoint.voltage});
     }
     state.isRamping = isRamping;
 }

@@ -41,9 +41,6 @@ public:
     /// A channel reports an error, by its item's name, and was not switched off by it. Each item fails once.
     void error(int index, double time, const QString &item);
 
-    /// A channel reports that a ramp of its ended.
-    void endOfRamp(int index, double time);
-
     /// Looks at every channel that changes, and now and then at the others; or at all of them. What the journal tells
     /// afterwards was before the look or after it, by its time; takeIn() follows when it has told all.
     void look(bool atAll);
@@ -65,12 +62,7 @@ private:
         bool isSeen = false; ///< and not taken in yet
         double voltageSet = 0; ///< V, as it is drawn
         bool isRamping = false;
-        double courseSince = NoTime; ///< s; the first waypoint since the last look
-        double courseFrom = 0; ///< V, there
-        TracePoint latestWaypoint;
-        double latestBefore = 0; ///< V, just before that waypoint
         bool hasWaypoint = false; ///< since the last look
-        double endOfRamp = NoTime; ///< s, since the last look
         int restingLooks = 0; ///< that found nothing new
         int looksLeftOut = 0;
         std::vector<bool> isBeyond; ///< for each of its limits
@@ -81,7 +73,8 @@ private:
     void add(std::size_t index, const TracePoint &point);
     void checkLimits(std::size_t index, const TracePoint &point);
     void cross(std::size_t index, int limit, double time);
-    void followRamp(std::size_t index, const TracePoint &point, bool isRamping);
+    /// `before` in V, just before that point.
+    void followRamp(std::size_t index, const TracePoint &point, double before, bool isRamping);
 
     Recording &recording;
     const QHash<QString, QString> displayTexts;

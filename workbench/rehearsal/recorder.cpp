@@ -238,8 +238,6 @@ void Recorder::takeEvent(const JournalEntry &entry)
         return;
     const Mark::Kind kind = entry.kind == JournalEntry::Event ? Mark::Event : Mark::Error;
     watch.mark(channel, {kind, entry.time, -1, entry.item});
-    if (entry.item == QLatin1String("Event.endOfRamp"))
-        watch.endOfRamp(channel, entry.time);
     // An emergency off is somebody's own wish.
     if (kind == Mark::Error && entry.item != QLatin1String("Error.emergency"))
         errors.push_back({channel, entry.time, entry.item});

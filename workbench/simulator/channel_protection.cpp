@@ -151,6 +151,7 @@ void Channel::turn(double now, Change change)
     entry.voltage = output.voltage(now);
     entry.current = output.current(now);
     entry.voltageSet = on ? voltageSet : 0;
+    entry.isRamping = output.isRamping();
     const OutputRating &rating = environment().rating;
     const auto share = static_cast<float>(entry.voltage * entry.current / (rating.voltage * rating.current));
     host->plantRun().journal.add(std::move(entry));

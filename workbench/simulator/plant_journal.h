@@ -29,7 +29,7 @@ struct JournalEntry
         FaultBegins, ///< `text` is the fault's name
         FaultEnds,
         Waypoint, ///< from here on a channel takes another course, or begins or ends to ramp; `voltage`, `current`,
-        ///< their values just before, and `voltageSet`
+        ///< their values just before, `voltageSet` and `isRamping`
         PassThroughIn, ///< a message was handed to a script: `text`
         PassThroughOut, ///< a script sent `text`
         ControllerLeft, ///< the controller went away
@@ -51,6 +51,7 @@ struct JournalEntry
     double voltageBefore = 0;
     double currentBefore = 0;
     double voltageSet = 0; ///< V, 0 while the channel is off
+    bool isRamping = false; ///< from here on
 };
 
 /// The entry as one line of text without a line feed. Equal plants, seeds and commands on a stepped clock give equal
