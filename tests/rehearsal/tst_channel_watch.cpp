@@ -63,7 +63,7 @@ private:
         watch->takeIn();
     }
 
-    void waypoint(double time, double before, double voltage, bool isRamping = false, double set = 1000)
+    void waypoint(double time, double before, double voltage, bool isRamping = false)
     {
         JournalEntry entry;
         entry.kind = JournalEntry::Waypoint;
@@ -75,7 +75,7 @@ private:
         entry.voltage = voltage;
         entry.current = voltage / 1e6;
         entry.isRamping = isRamping;
-        entry.voltageSet = set;
+        entry.voltageSet = 1000;
         watch->addWaypoint(entry);
     }
 
@@ -368,6 +368,18 @@ private Q_SLOTS:
         QCOMPARE(channel().ramps.at(1).to, 10.0);
     }
 
+    void rampsAreBounded()
+    {
+        touch();
+        for (int i = 1; i <= ChannelWatch::MostRamps + 2; ++i) {
+            waypoint(i, 0, 0, true);
+            waypoint(i + 0.5, 20, 20);
+        }
+        QCOMPARE(channel().ramps.size(), static_cast<std::size_t>(ChannelWatch::MostRamps));
+        QCOMPARE(channel().ramps.back().end, ChannelWatch::MostRamps + 0.5);
+        QCOMPARE(channel().rampsLeftOut, 2);
+    }
+
     // A load that breaks down for a moment is no ramp.
     void aBreakdownIsNoRamp()
     {
@@ -408,24 +420,6 @@ private Q_SLOTS:
         QCOMPARE(channel().trace.points().back().voltageSet, -1000.0);
         at(2, 0, 0);
         QCOMPARE(channel().trace.points().back().voltageSet, 0.0);
-    }
-
-    // At the time at which it was told to, and not when it was looked at next.
-    void drawsTheSetVoltageFromTheWaypoints()
-    {
-        touch();
-        at(1, 0, 0);
-        waypoint(1.02, 0, 0, true, 1000);
-        at(1.05, 20, Ramping);
-        waypoint(1.07, 50, 0, false, 0);
-        at(1.1, 0, 0);
-        QStringList sets;
-        for (const rehearsal::TracePoint &point : channel().trace.points())
-            sets << QStringLiteral("%1: %2").arg(point.time).arg(point.voltageSet);
-        QCOMPARE(sets,
-                 (QStringList{QStringLiteral("1: 0"), QStringLiteral("1.02: 0"), QStringLiteral("1.02: 1000"),
-                              QStringLiteral("1.05: 1000"), QStringLiteral("1.07: 1000"),
-                              QStringLiteral("1.07: 0"), QStringLiteral("1.1: 0")}));
     }
 
     // A thousand channels that nothing happens to must not cost a look each, twenty times a second.

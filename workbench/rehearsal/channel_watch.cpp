@@ -312,15 +312,20 @@ void ChannelWatch::finish()
 void ChannelWatch::followRamp(std::size_t index, const TracePoint &point, double before, bool isRamping)
 {
     State &state = states[index];
-    std::vector<Ramp> &ramps = recording.channels[index].ramps;
-    if (isRamping && !state.isRamping) {
-        ramps.push_back({point.time, NoTime, point.voltage, point.voltage});
-    } else if (!isRamping && state.isRamping) {
+    ChannelRecord &record = recording.channels[index];
+    const bool wasRamping = state.isRamping;
+    if (isRamping && !wasRamping) {
+        state.isRampListed = record.ramps.size() < MostRamps;
+        if (state.isRampListed)
+            record.ramps.push_back({point.time, NoTime, point.voltage, point.voltage});
+        else
+            ++record.rampsLeftOut;
+    } else if (wasRamping && state.isRampListed) {
+        Ramp &ramp = record.ramps.back();
         // What ends a ramp may take the voltage down at the same moment.
-        ramps.back().end = point.time;
-        ramps.back().to = before;
-    } else if (isRamping) {
-        ramps.back().to = point.voltage;
+        ramp.to = isRamping ? point.voltage : before;
+        if (!isRamping)
+            ramp.end = point.time;
     }
     state.isRamping = isRamping;
 }

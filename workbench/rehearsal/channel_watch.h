@@ -17,6 +17,7 @@ class ChannelWatch
 {
 public:
     static constexpr int MostPoints = 2000; ///< of a channel; fewer when many channels are touched
+    static constexpr int MostRamps = 1000; ///< of a channel
     static constexpr int MostMarks = 500; ///< of a channel
     static constexpr int MostMarksButErrors = 450;
     static constexpr int MostCommandsAndEvents = 400; ///< so that many of them leave room for what went wrong
@@ -62,6 +63,7 @@ private:
         bool isSeen = false; ///< and not taken in yet
         double voltageSet = 0; ///< V, as it is drawn
         bool isRamping = false;
+        bool isRampListed = false; ///< the one that it is on
         bool hasWaypoint = false; ///< since the last look
         int restingLooks = 0; ///< that found nothing new
         int looksLeftOut = 0;

@@ -104,6 +104,7 @@ struct ChannelRecord
     Peak voltage;
     Peak current;
     std::vector<Ramp> ramps;
+    int rampsLeftOut = 0;
     std::vector<Mark> marks;
     int marksLeftOut = 0;
     QVector<int> limits; ///< indices of those that hold for it

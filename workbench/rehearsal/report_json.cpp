@@ -155,6 +155,7 @@ QJsonObject channelObject(const ChannelRecord &channel, const QVector<Limit> &li
             {QStringLiteral("reportedError"), channel.reportedError},
             {QStringLiteral("endState"), channel.endState},
             {QStringLiteral("ramps"), arrayOf(channel.ramps, rampObject)},
+            {QStringLiteral("rampsLeftOut"), channel.rampsLeftOut},
             {QStringLiteral("marks"), arrayOf(channel.marks, markObject)},
             {QStringLiteral("marksLeftOut"), channel.marksLeftOut},
             {QStringLiteral("trace"), traceObject(channel.trace)}};

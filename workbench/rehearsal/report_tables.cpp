@@ -276,7 +276,9 @@ QString crossingTable(const Recording &recording)
 QString rampTable(const Recording &recording)
 {
     QString rows;
+    int leftOut = 0;
     for (std::size_t i = 0; i < recording.channels.size(); ++i) {
+        leftOut += recording.channels.at(i).rampsLeftOut;
         for (const Ramp &ramp : recording.channels.at(i).ramps) {
             const double seconds = ramp.end - ramp.begin;
             const QString shown = std::isfinite(seconds) ? timeText(seconds) : tr("not over");
@@ -288,7 +290,8 @@ QString rampTable(const Recording &recording)
     if (rows.isEmpty())
         return {};
     return table("ramps", tr("Ramps"),
-                 {tr("Channel"), tr("Begins"), tr("Ends"), tr("Takes"), tr("From"), tr("To")}, rows);
+                 {tr("Channel"), tr("Begins"), tr("Ends"), tr("Takes"), tr("From"), tr("To")}, rows)
+        + leftOutNote(leftOut);
 }
 
 QString requestTable(const Recording &recording)
