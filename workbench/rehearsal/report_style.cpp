@@ -153,7 +153,7 @@ footer { margin-top: 48px; color: var(--soft); font-size: .85rem; }
   dl.facts { grid-template-columns: repeat(2, minmax(0, 1fr)); }
 }
 @media print {
-  :root { --page: #fff; --card: #fff; --ink: #000; --soft: #444; --rule: #999; --grid: #ddd; --voltage: #0550ae;
+  :root { --page: #fff; --card: #fff; --ink: #000; --soft: #444; --rule: #c4c4c4; --grid: #ddd; --voltage: #0550ae;
     --current: #9a4a00; --set: #444; --bad: #b3141f; --badpaper: #fff; --warn: #7a4d00; --warnpaper: #fff;
     --good: #116329; --goodpaper: #fff; --fault: #6f32b0; --link: #000; }
   html { font-size: 12px; }
