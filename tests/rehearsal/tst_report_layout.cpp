@@ -117,7 +117,11 @@ Recording crowdedRecording()
     constexpr int Marks = 400;
     for (int i = 0; i <= Marks; ++i) {
         const double time = recording.duration * i / Marks;
-        channel.marks.push_back({Mark::Command, time, i, QStringLiteral("Control.on 1")});
+        recording.requests.push_back(recording.requests.front());
+        if (i % 60 == 9)
+            recording.requests.back().outcome = QStringLiteral("refused");
+        const auto request = static_cast<int>(recording.requests.size()) - 1;
+        channel.marks.push_back({Mark::Command, time, request, QStringLiteral("Control.on 1")});
         channel.marks.push_back({i % 50 == 7 ? Mark::Error : Mark::Event, time, -1, QStringLiteral("Event")});
     }
     return recording;

@@ -129,6 +129,20 @@ private Q_SLOTS:
                  qPrintable(strip));
     }
 
+    void aRefusedCommandLooksRefused()
+    {
+        Recording recording = exampleRecording();
+        recording.channels.front().marks = {{Mark::Command, 1, 0, QStringLiteral("a")},
+                                            {Mark::Command, 1.1, 1, QStringLiteral("b")},
+                                            {Mark::Command, 5, 0, QStringLiteral("c")}};
+        const QString strip = part(reportPage(recording), "<div class=\"strip wide\">", "</div></div>");
+        QVERIFY2(strip.contains(QStringLiteral(
+                     "<a class=\"badge command error\" href=\"#request-1\" style=\"--at:11.00%\" "
+                     "title=\"1.000 s: a\n1.100 s: b\" aria-label=\"requests 1 to 2, failed\">✖1–2</a>")),
+                 qPrintable(strip));
+        QVERIFY2(strip.contains(QStringLiteral("aria-label=\"request 1\">1</a>")), qPrintable(strip));
+    }
+
     // A page full of pictures of nothing would hide the others.
     void aQuietChannelIsFolded()
     {

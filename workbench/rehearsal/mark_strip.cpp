@@ -45,6 +45,15 @@ int severity(Mark::Kind kind)
     return 4;
 }
 
+using Requests = std::vector<RequestRecord>;
+
+/// Of a command: whether its request was anything but done.
+bool hasFailed(const Mark &mark, const Requests &requests)
+{
+    return mark.request >= 0
+        && requests[static_cast<std::size_t>(mark.request)].outcome != QLatin1String("done");
+}
+
 bool isEarlier(const Mark *a, const Mark *b)
 {
     return a->time < b->time;
@@ -85,6 +94,12 @@ int lastRequest(const Cluster &cluster)
     return cluster.marks.back()->request + 1;
 }
 
+bool hasFailed(const Cluster &cluster, const Requests &requests)
+{
+    return std::any_of(cluster.marks.begin(), cluster.marks.end(),
+                       [&requests](const Mark *mark) { return hasFailed(*mark, requests); });
+}
+
 QString badgeText(const Cluster &cluster)
 {
     const Mark::Kind kind = cluster.gravest->kind;
@@ -107,16 +122,19 @@ int mostCharacters(const std::vector<const Mark *> &marks)
     int last = 0;
     for (const Mark *mark : marks)
         last = std::max(last, mark->request + 1);
-    return 2 * QString::number(last).size() + 1;
+    return 2 * QString::number(last).size() + 2; // "✖2–6"
 }
 
 /// So that no badge lies on another in a strip of this width. The gravest get theirs first, the others share.
-std::vector<Cluster> clusters(std::vector<const Mark *> marks, double duration, double stripWidth)
+std::vector<Cluster> clusters(std::vector<const Mark *> marks, const Requests &requests, double duration,
+                              double stripWidth)
 {
     const double width = mostCharacters(marks) * CharacterWidth + BadgeEdges;
     const double distance = (width + BadgeGap) / (stripWidth - width) * duration;
     std::stable_sort(marks.begin(), marks.end(), isEarlier);
     std::stable_sort(marks.begin(), marks.end(), isGraver);
+    std::stable_partition(marks.begin(), marks.end(),
+                          [&requests](const Mark *mark) { return hasFailed(*mark, requests); });
     std::vector<Cluster> result;
     for (const Mark *mark : marks) {
         const auto isNearer = [mark](const Cluster &a, const Cluster &b) {
@@ -137,7 +155,7 @@ QString position(const Cluster &cluster, double duration)
     return QString::number(cluster.gravest->time / duration * 100, 'f', 2) + QLatin1Char('%');
 }
 
-QString commandBadge(const Cluster &cluster, double duration)
+QString commandBadge(const Cluster &cluster, const Requests &requests, double duration)
 {
     const int first = firstRequest(cluster);
     const int last = lastRequest(cluster);
@@ -149,9 +167,16 @@ QString commandBadge(const Cluster &cluster, double duration)
     } else if (last > first) {
         spoken = tr("requests %1 to %2").arg(first).arg(last);
     }
-    return QStringLiteral("<a class=\"badge command\" href=\"%1\" style=\"--at:%2\" title=\"%3\" "
-                          "aria-label=\"%4\">%5</a>")
-        .arg(link, position(cluster, duration), html(cluster.tip()), html(spoken), badgeText(cluster));
+    QString shown = badgeText(cluster);
+    QString cssClass = markClass(Mark::Command);
+    if (hasFailed(cluster, requests)) {
+        shown.prepend(markSign(Mark::Error));
+        spoken = tr("%1, failed").arg(spoken);
+        cssClass += QLatin1Char(' ') + markClass(Mark::Error);
+    }
+    return QStringLiteral("<a class=\"badge %1\" href=\"%2\" style=\"--at:%3\" title=\"%4\" "
+                          "aria-label=\"%5\">%6</a>")
+        .arg(cssClass, link, position(cluster, duration), html(cluster.tip()), html(spoken), shown);
 }
 
 QString eventBadge(const Cluster &cluster, double duration)
@@ -170,13 +195,14 @@ QString row(const QString &name, const QString &badges, const char *attributes)
 }
 
 QString strip(const char *cssClass, double width, const std::vector<const Mark *> &commands,
-              const std::vector<const Mark *> &others, double duration)
+              const std::vector<const Mark *> &others, const Recording &recording)
 {
+    const double duration = std::max(recording.duration, 1e-3);
     QString commandBadges;
-    for (const Cluster &cluster : clusters(commands, duration, width))
-        commandBadges += commandBadge(cluster, duration);
+    for (const Cluster &cluster : clusters(commands, recording.requests, duration, width))
+        commandBadges += commandBadge(cluster, recording.requests, duration);
     QString eventBadges;
-    for (const Cluster &cluster : clusters(others, duration, width))
+    for (const Cluster &cluster : clusters(others, recording.requests, duration, width))
         eventBadges += eventBadge(cluster, duration);
     // What the events' badges tell is read out from the list of what happened.
     return QStringLiteral("<div class=\"strip %1\">%2</div>\n")
@@ -227,9 +253,8 @@ QString markStrip(const Recording &recording, const ChannelRecord &channel)
     std::vector<const Mark *> others;
     for (const Mark &mark : channel.marks)
         (mark.kind == Mark::Command ? commands : others).push_back(&mark);
-    const double duration = std::max(recording.duration, 1e-3);
-    return strip("wide", WideStrip, commands, others, duration)
-        + strip("narrow", NarrowStrip, commands, others, duration);
+    return strip("wide", WideStrip, commands, others, recording)
+        + strip("narrow", NarrowStrip, commands, others, recording);
 }
 
 QString markList(const ChannelRecord &channel)
