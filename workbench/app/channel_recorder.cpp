@@ -49,7 +49,8 @@ const MarkRow *rowOf(const QString &item)
 QString words(const QString &item)
 {
     QString result;
-    for (const QChar letter : item.mid(item.indexOf(QLatin1Char('.')) + 1)) {
+    const QString name = item.mid(item.indexOf(QLatin1Char('.')) + 1);
+    for (const QChar letter : name) {
         if (letter.isUpper())
             result += QLatin1Char(' ');
         result += letter.toLower();
