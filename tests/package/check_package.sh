@@ -66,7 +66,7 @@ usr/lib/tarn-terminal-workbench/terminal-workbench' ]] || complain "these are ex
         lib/tarn-terminal-workbench/scripting/orbClient.pyi share/applications/terminal-workbench.desktop \
         share/icons/hicolor/{16x16,24x24,32x32,48x48,64x64,128x128,256x256}/apps/terminal-workbench.png \
         share/icons/hicolor/scalable/apps/terminal-workbench.svg share/man/man1/terminal-workbench.1.gz \
-        share/doc/tarn-terminal-workbench/{README.md,copyright,changelog.gz,docs/installing.md,examples/README.md}; do
+        share/doc/tarn-terminal-workbench/{README.md,CHANGES.md,copyright,changelog.gz,docs/installing.md,examples/README.md}; do
         [[ -s $root/usr/$path ]] || complain "it lacks $path"
     done
     unwanted "what belongs to those who build" "$(cd "$root" && find . -path ./usr/include -o -name '*.a')"
