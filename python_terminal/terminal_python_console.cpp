@@ -1,5 +1,6 @@
 #include "python_terminal/terminal_python_console.h"
 
+#include "command_terminal/terminal_console_completer.h"
 #include "hostsdk/kd_child_event.h"
 #include "hostsdk/kd_main_data.h"
 #include "hostsdk/kd_observer.h"
@@ -113,8 +114,12 @@ void TerminalPythonConsole::executeCommand(QString &line)
 void TerminalPythonConsole::requestCompletion(QString &prefix)
 {
     // A script that waits for an answer is in the way: its end would bring candidates for a line long gone.
-    if (!evaluating)
-        Q_EMIT complete(prefix);
+    if (evaluating)
+        return;
+    // Return takes what the popup offers, and typing may be faster than the answers.
+    if (completer->isVisible())
+        offer(offered);
+    Q_EMIT complete(prefix);
 }
 
 void TerminalPythonConsole::submitInput(QString &text)
@@ -249,7 +254,23 @@ void TerminalPythonConsole::onCompleted(const QStringList &cc)
 {
     // The line may have been handed over since it was asked for.
     if (!evaluating)
-        showCompletions(cc);
+        offer(cc);
+}
+
+void TerminalPythonConsole::offer(const QStringList &candidates)
+{
+    const bool isCompleting = completionStart != -1;
+    QStringList fitting;
+    for (const QString &candidate : candidates) {
+        if (isCompleting && completionPrefix.contains(candidate)) {
+            fitting.clear(); // the word is complete, as the answer to it will say
+            break;
+        }
+        if (!isCompleting || (!completionPrefix.isEmpty() && candidate.startsWith(completionPrefix)))
+            fitting.append(candidate);
+    }
+    offered = fitting;
+    showCompletions(offered);
 }
 
 // Output: texts are collected as they come, and shown together.

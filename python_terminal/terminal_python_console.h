@@ -83,6 +83,9 @@ private:
     void beginEvaluating();
     void takeFocusBack();
     void leaveInputPrompt();
+    /// Shows those of the candidates that go on from the word before the cursor: all of them when they answer that word,
+    /// what is left of them when they answered an earlier one, none when the word is one of them.
+    void offer(const QStringList &candidates);
     void reportBusy(bool busy);
     void collectOutput(const QString &text, bool isError);
     void showSomeOutput();
@@ -100,6 +103,8 @@ private:
     bool statementPending = false; ///< the last prompt asked for the continuation of a statement
 
     bool interruptWanted = false; ///< what is to be interrupted has not begun yet
+
+    QStringList offered; ///< the candidates that were shown last
 
     QVector<ConsoleOutput> output; ///< written and not shown yet
     QBasicTimer outputTimer;

@@ -23,6 +23,20 @@ public:
 
 } // namespace
 
+/// Counts how often a widget is shown.
+class Appearances : public QObject
+{
+public:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::Show)
+            ++count;
+        return QObject::eventFilter(watched, event);
+    }
+
+    int count = 0;
+};
+
 /// Completion from the key to the popup and back into the line.
 class TestTerminalPythonConsoleCompletion : public QObject
 {
@@ -43,6 +57,10 @@ private Q_SLOTS:
     void accepting();
     void choosingAnother();
     void typingOnCloses();
+    void nothingThatTheWordHasLeftBehind_data();
+    void nothingThatTheWordHasLeftBehind();
+    void noneForAnEarlierWord();
+    void narrowsBeforeTheAnswer();
     void noneForALineThatWasHandedOver();
     void noneForAnAnswer();
     void noneForWhatAResetForgot();
@@ -208,6 +226,53 @@ void TestTerminalPythonConsoleCompletion::typingOnCloses()
     QVERIFY(isOpen());
     QVERIFY(type(QStringLiteral("t")));
     QVERIFY(!isOpen());
+}
+
+void TestTerminalPythonConsoleCompletion::nothingThatTheWordHasLeftBehind_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::newRow("call") << QStringLiteral("e()");
+    QTest::newRow("operator") << QStringLiteral("= 3");
+    QTest::newRow("another word") << QStringLiteral(" or 3");
+    QTest::newRow("another letter") << QStringLiteral("X");
+}
+
+// Typed so fast that no answer came in between: Return executes the line.
+void TestTerminalPythonConsoleCompletion::nothingThatTheWordHasLeftBehind()
+{
+    QFETCH(QString, typed);
+    QVERIFY(bench->run(QStringLiteral("def voltage(): return 5")));
+    QVERIFY(bench->run(QStringLiteral("voltag = voltagX = 2")));
+    QVERIFY(type(QStringLiteral("volt")));
+    QVERIFY(isOpen());
+    QTest::keyClicks(bench->console, QStringLiteral("ag") + typed);
+    QVERIFY(!isOpen());
+    QTest::keyClick(bench->console, Qt::Key_Return);
+    QVERIFY(bench->waitForPrompt());
+    QVERIFY(bench->console->toPlainText().contains(QStringLiteral("> voltag") + typed + QLatin1Char('\n')));
+}
+
+void TestTerminalPythonConsoleCompletion::noneForAnEarlierWord()
+{
+    QVERIFY(bench->run(QStringLiteral("voltage = 5")));
+    Appearances appearances;
+    bench->console->completer->installEventFilter(&appearances);
+    QVERIFY(type(QStringLiteral("voltage = sys.maxsize")));
+    QCOMPARE(appearances.count, 0);
+    QVERIFY(type(QStringLiteral(" + prin"))); // the answer to this one shows it
+    QCOMPARE(appearances.count, 1);
+}
+
+void TestTerminalPythonConsoleCompletion::narrowsBeforeTheAnswer()
+{
+    QVERIFY(bench->run(QStringLiteral("volt123 = volt113 = volt2 = 5")));
+    QVERIFY(type(QStringLiteral("volt")));
+    QCOMPARE(candidates().size(), 3);
+    QTest::keyClicks(bench->console, QStringLiteral("1"));
+    QCOMPARE(candidates().size(), 2);
+    QTest::keyClicks(bench->console, QStringLiteral("2"));
+    QVERIFY(isOpen());
+    QCOMPARE(candidates(), QStringList(QStringLiteral("volt123")));
 }
 
 // The answer to its last word comes when the line is already with the interpreter.
