@@ -239,7 +239,7 @@ void MessageLog::showCount()
 {
     const int all = requests->rowCount();
     const int some = filtered->rowCount();
-    count->setText(all == some ? tr("%1 requests").arg(all) : tr("%1 of %2 requests").arg(some).arg(all));
+    count->setText(all == some ? tr("%1 messages").arg(all) : tr("%1 of %2 messages").arg(some).arg(all));
 }
 
 } // namespace workbench
