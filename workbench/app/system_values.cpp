@@ -55,7 +55,8 @@ SystemState channelFault(Reader &reader)
     if (reader.flag(QLatin1String("Status.emergency")))
         return SystemState::Emergency;
     // The excess itself is over once the output is off; the error stays. With an output that is on, the trip is an
-    // error that nothing came of.
+    // error that nothing came of. No item tells an output that its trip switched off from one that somebody switched
+    // off before the trip was cleared.
     if (!reader.flag(QLatin1String("Status.on"))
         && (reader.flag(QLatin1String("Status.currentTrip"))
             || reader.flag(QLatin1String("Error.currentTrip"))))
