@@ -259,18 +259,29 @@ void TerminalPythonConsole::onCompleted(const QStringList &cc)
 
 void TerminalPythonConsole::offer(const QStringList &candidates)
 {
-    const bool isCompleting = completionStart != -1;
+    const bool isThere = isWordThere();
     QStringList fitting;
     for (const QString &candidate : candidates) {
-        if (isCompleting && completionPrefix.contains(candidate)) {
+        if (completionPrefix.contains(candidate)) {
             fitting.clear(); // the word is complete, as the answer to it will say
             break;
         }
-        if (!isCompleting || (!completionPrefix.isEmpty() && candidate.startsWith(completionPrefix)))
+        if (isThere && candidate.startsWith(completionPrefix))
             fitting.append(candidate);
     }
     offered = fitting;
     showCompletions(offered);
+}
+
+bool TerminalPythonConsole::isWordThere() const
+{
+    if (completionStart == -1 || completionPrefix.isEmpty())
+        return false;
+    const int end = textCursor().position();
+    QTextCursor word(document());
+    word.setPosition(qMin(completionStart, end));
+    word.setPosition(end, QTextCursor::KeepAnchor);
+    return word.selectedText() == completionPrefix;
 }
 
 // Output: texts are collected as they come, and shown together.

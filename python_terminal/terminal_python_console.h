@@ -84,8 +84,10 @@ private:
     void takeFocusBack();
     void leaveInputPrompt();
     /// Shows those of the candidates that go on from the word before the cursor: all of them when they answer that word,
-    /// what is left of them when they answered an earlier one, none when the word is one of them.
+    /// what is left of them when they answered an earlier one, none when the word is one of them or is gone.
     void offer(const QStringList &candidates);
+    /// Whether the word that was asked for last is still in front of the cursor.
+    bool isWordThere() const;
     void reportBusy(bool busy);
     void collectOutput(const QString &text, bool isError);
     void showSomeOutput();

@@ -60,6 +60,8 @@ private Q_SLOTS:
     void nothingThatTheWordHasLeftBehind_data();
     void nothingThatTheWordHasLeftBehind();
     void noneForAnEarlierWord();
+    void noneForAWordThatIsGone_data();
+    void noneForAWordThatIsGone();
     void narrowsBeforeTheAnswer();
     void noneForALineThatWasHandedOver();
     void noneForAnAnswer();
@@ -261,6 +263,31 @@ void TestTerminalPythonConsoleCompletion::noneForAnEarlierWord()
     QCOMPARE(appearances.count, 0);
     QVERIFY(type(QStringLiteral(" + prin"))); // the answer to this one shows it
     QCOMPARE(appearances.count, 1);
+}
+
+void TestTerminalPythonConsoleCompletion::noneForAWordThatIsGone_data()
+{
+    QTest::addColumn<Qt::Key>("key");
+    QTest::newRow("deleted") << Qt::Key_Backspace;
+    QTest::newRow("left") << Qt::Key_Left;
+    QTest::newRow("closed") << Qt::Key_End;
+    QTest::newRow("replaced from the history") << Qt::Key_Up;
+}
+
+// Before the answer comes.
+void TestTerminalPythonConsoleCompletion::noneForAWordThatIsGone()
+{
+    QFETCH(Qt::Key, key);
+    QVERIFY(bench->run(QStringLiteral("voltage = 5")));
+    QVERIFY(bench->run(QStringLiteral("voltag = 6")));
+    Appearances appearances;
+    bench->console->completer->installEventFilter(&appearances);
+    Arrivals arrivals;
+    bench->console->installEventFilter(&arrivals);
+    QTest::keyClicks(bench->console, QStringLiteral("volt"));
+    QTest::keyClick(bench->console, key);
+    QTRY_VERIFY_WITH_TIMEOUT(arrivals.count >= 4, PythonConsoleBench::LongestWait);
+    QCOMPARE(appearances.count, 0);
 }
 
 void TestTerminalPythonConsoleCompletion::narrowsBeforeTheAnswer()
