@@ -24,17 +24,18 @@ awk -v blocks="$blocks" '
         else if ($1 == "```output") file = last ".output"
         next
     }
-    file != "" { print > file }' "$page"
+    file != "" { print >> file }' "$page"
 
-# lacks PRINTED EXPECTED: prints the first line that is not there where it should be.
-lacks() {
-    awk 'NR == FNR { printed[++count] = $0; next }
+# has PRINTED EXPECTED: prints the first line that is not there where it should be, and then returns 1. PRINTED may be
+# an empty file, which has no record to be told by, and the line may be empty.
+has() {
+    awk 'FILENAME == ARGV[1] { printed[++count] = $0; next }
         {
             pattern = $0
             gsub(/[][\\.*^$+?(){}|]/, "\\\\&", pattern)
             gsub(/…/, ".*", pattern)
             while (++at <= count && printed[at] !~ ("^" pattern "$")) ;
-            if (at > count) { print; exit }
+            if (at > count) { print; exit 1 }
         }' "$1" "$2"
 }
 
@@ -50,8 +51,7 @@ for block in "$blocks"/*[0-9]; do
         exit 1
     fi
     if [[ -f $block.output ]]; then
-        missing=$(lacks "$home/.printed" "$block.output")
-        if [[ -n $missing ]]; then
+        if ! missing=$(has "$home/.printed" "$block.output"); then
             printf 'FAILED: %s:%s does not print, where the page has it:\n%s\n' "$page" "$line" "$missing"
             exit 1
         fi
