@@ -128,6 +128,7 @@ void ChannelWatch::addWaypoint(const simulator::JournalEntry &entry)
     state.voltageSet = std::copysign(entry.voltageSet, entry.voltage);
     const TracePoint point{entry.time, entry.voltage, entry.current, state.voltageSet};
     add(index, point);
+    turnRamp(index, entry);
     followRamp(index, point, entry.voltageBefore, entry.isRamping);
     state.hasWaypoint = true;
 }
@@ -313,21 +314,47 @@ void ChannelWatch::followRamp(std::size_t index, const TracePoint &point, double
 {
     State &state = states[index];
     ChannelRecord &record = recording.channels[index];
-    const bool wasRamping = state.isRamping;
-    if (isRamping && !wasRamping) {
+    if (isRamping && !state.isRamping) {
+        state.rampTarget = std::abs(point.voltageSet);
         state.isRampListed = record.ramps.size() < MostRamps;
         if (state.isRampListed)
             record.ramps.push_back({point.time, NoTime, point.voltage, point.voltage});
         else
             ++record.rampsLeftOut;
-    } else if (wasRamping && state.isRampListed) {
-        Ramp &ramp = record.ramps.back();
+    } else if (isRamping) {
+        if (state.isRampListed)
+            record.ramps.back().to = point.voltage;
+    } else if (state.isRamping) {
         // What ends a ramp may take the voltage down at the same moment.
-        ramp.to = isRamping ? point.voltage : before;
-        if (!isRamping)
-            ramp.end = point.time;
+        endRamp(index, point.time, before);
     }
     state.isRamping = isRamping;
+}
+
+void ChannelWatch::turnRamp(std::size_t index, const simulator::JournalEntry &entry)
+{
+    State &state = states[index];
+    const double target = std::abs(entry.voltageSet);
+    if (!state.isRamping || !entry.isRamping || target == state.rampTarget)
+        return;
+    const std::vector<Ramp> &ramps = recording.channels[index].ramps;
+    // Switched on and given its voltage at the same moment, it ramps once.
+    if (state.isRampListed && ramps.back().begin == entry.time) {
+        state.rampTarget = target;
+        return;
+    }
+    endRamp(index, entry.time, entry.voltageBefore);
+}
+
+void ChannelWatch::endRamp(std::size_t index, double time, double voltage)
+{
+    State &state = states[index];
+    state.isRamping = false;
+    if (!state.isRampListed)
+        return;
+    Ramp &ramp = recording.channels[index].ramps.back();
+    ramp.end = time;
+    ramp.to = voltage;
 }
 
 } // namespace rehearsal

@@ -64,6 +64,7 @@ private:
         double voltageSet = 0; ///< V, as it is drawn
         bool isRamping = false;
         bool isRampListed = false; ///< the one that it is on
+        double rampTarget = 0; ///< V, of that one, without a sign
         bool hasWaypoint = false; ///< since the last look
         int restingLooks = 0; ///< that found nothing new
         int looksLeftOut = 0;
@@ -77,6 +78,9 @@ private:
     void cross(std::size_t index, int limit, double time);
     /// `before` in V, just before that point.
     void followRamp(std::size_t index, const TracePoint &point, double before, bool isRamping);
+    /// A ramp is over where it gets another target, and the next one begins.
+    void turnRamp(std::size_t index, const simulator::JournalEntry &entry);
+    void endRamp(std::size_t index, double time, double voltage);
 
     Recording &recording;
     const QHash<QString, QString> displayTexts;
