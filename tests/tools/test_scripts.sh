@@ -40,10 +40,20 @@ begin() {
     done
 }
 
+call() {
+    cd "$scratch/tree" && env -i "${environment[@]}" bash "tools/$1" "${@:2}" </dev/null
+}
+
 # run SCRIPT ARGUMENT...: leaves `output` (both streams) and `status`.
 run() {
     status=0
-    output=$(cd "$scratch/tree" && env -i "${environment[@]}" bash "tools/$1" "${@:2}" 2>&1 </dev/null) || status=$?
+    output=$(call "$@" 2>&1) || status=$?
+}
+
+# run_into_pipe SCRIPT ARGUMENT...: the same, with nothing but the standard output.
+run_into_pipe() {
+    status=0
+    output=$(call "$@" 2>/dev/null) || status=$?
 }
 
 complain() {
@@ -383,6 +393,7 @@ done
 begin "help before the first build"
 run run --help
 says "Once it is built, this lists"
+says "packaging/terminal-workbench.1.in"
 
 begin "formatting with an argument that there is not"
 fake clang-format 'echo "clang-format version 14.0.6"; echo "called with $*"'
@@ -437,6 +448,16 @@ run run rehearse one.txt two.py
 returns 0
 says "rehearsal of one.txt two.py"
 says_not "ramp"
+
+begin "no display, and a program that reads what the workbench prints"
+fake apt-get 'echo "apt-get $*"'
+fake dpkg-query "$some_packages_missing"
+fake sudo "$as_root"
+fake cmake 'echo "cmake $*"'
+workbench 'echo "result of $files"'
+run_into_pipe run rehearse one.txt two.py
+returns 0
+[[ $output == "result of one.txt two.py" ]] || complain "nothing else expected on standard output"
 
 begin_with_packages "no display, and the Python terminal fails"
 fake cmake 'exit 0'
