@@ -29,7 +29,7 @@ QVector<Block> fencedBlocks(const QString &page, QString &error)
             continue;
         }
         if (!isInside)
-            blocks.append({i + 1, line.mid(3).trimmed(), {}});
+            blocks.append({i + 1, line.mid(3), {}});
         isInside = !isInside;
     }
     if (isInside)
@@ -38,10 +38,11 @@ QVector<Block> fencedBlocks(const QString &page, QString &error)
 }
 
 /// Executed by run_page.sh, or held against something else, or for machines that are not here.
-bool isLeftToOthers(const QString &language)
+bool isLeftToOthers(const QString &language, ShellBlocks shellBlocks)
 {
-    static const QStringList languages{QStringLiteral("sh"),   QStringLiteral("output"),
-                                       QStringLiteral("json"), QStringLiteral("console"),
+    if (language == QLatin1String("sh") || language == QLatin1String("output"))
+        return shellBlocks == ShellBlocks::Executed;
+    static const QStringList languages{QStringLiteral("json"), QStringLiteral("console"),
                                        QStringLiteral("text"), QStringLiteral("bat")};
     return languages.contains(language);
 }
@@ -72,7 +73,7 @@ bool matchesFrom(const QStringList &lines, int line, const QStringList &expected
 
 } // namespace
 
-QVector<GuideExample> readGuide(const QString &page, QString &error)
+QVector<GuideExample> readGuide(const QString &page, ShellBlocks shellBlocks, QString &error)
 {
     error.clear();
     QVector<GuideExample> examples;
@@ -95,7 +96,7 @@ QVector<GuideExample> readGuide(const QString &page, QString &error)
             examples.append({block.line, GuideExample::CommandSession, {}, block.lines});
         else if (block.language == QLatin1String("python-terminal"))
             examples.append({block.line, GuideExample::PythonSession, {}, block.lines});
-        else if (isLeftToOthers(block.language))
+        else if (isLeftToOthers(block.language, shellBlocks))
             continue;
         else {
             error =

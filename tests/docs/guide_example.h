@@ -21,9 +21,16 @@ struct GuideExample
     QStringList transcript; ///< lines; "…" stands for anything in a line, and alone in a line for any lines
 };
 
+/// Blocks "sh", and "output" of what they print: run_page.sh executes those of the pages that it is given.
+enum class ShellBlocks
+{
+    Executed,
+    Refused, ///< nobody would notice what is wrong in them
+};
+
 /// The examples of a page in Markdown, in order. Blocks in other languages are none. `error` says what is wrong with
 /// the page; empty when nothing is.
-QVector<GuideExample> readGuide(const QString &page, QString &error);
+QVector<GuideExample> readGuide(const QString &page, ShellBlocks shellBlocks, QString &error);
 
 /// Whether these lines are what was expected, whose "…" stand for anything.
 bool matches(const QStringList &lines, const QStringList &expected);

@@ -34,6 +34,14 @@ namespace
 
 constexpr int Patience = 20000; // ms
 
+/// What run_page.sh is given: by docs, by the tests of the rehearsal and by those of the package.
+ShellBlocks shellBlocksOf(const QString &page)
+{
+    static const QStringList run{QStringLiteral("README.md"), QStringLiteral("docs/workbench.md"),
+                                 QStringLiteral("docs/rehearsing.md"), QStringLiteral("docs/installing.md")};
+    return run.contains(page) ? ShellBlocks::Executed : ShellBlocks::Refused;
+}
+
 /// Operates the tool as the example has it, and collects what it shows.
 class GuideReader
 {
@@ -127,7 +135,7 @@ void TestGuides::initTestCase()
     // Pages that promise that their examples are executed have some.
     for (const char *page : {"docs/operators_guide.md", "docs/scripting_guide.md"}) {
         QString error;
-        QVERIFY2(readGuide(textOf(QLatin1String(page)), error).size() >= 4, page);
+        QVERIFY2(readGuide(textOf(QLatin1String(page)), ShellBlocks::Refused, error).size() >= 4, page);
     }
 }
 
@@ -142,7 +150,7 @@ void TestGuides::examples_data()
         pages.append(QStringLiteral("docs/") + guide);
     for (const QString &page : qAsConst(pages)) {
         QString error;
-        const QVector<GuideExample> examples = readGuide(textOf(page), error);
+        const QVector<GuideExample> examples = readGuide(textOf(page), shellBlocksOf(page), error);
         QVERIFY2(error.isEmpty(), qUtf8Printable(page + QLatin1String(": ") + error));
         for (const GuideExample &example : examples)
             QTest::addRow("%s:%d", qUtf8Printable(page), example.line) << example;
@@ -164,7 +172,7 @@ void TestGuides::faultyPages_data()
 {
     QTest::addColumn<QString>("page");
     QTest::addColumn<QString>("complaint");
-    QTest::newRow("open block") << QStringLiteral("a\n```sh\nls\n")
+    QTest::newRow("open block") << QStringLiteral("a\n```text\nls\n")
                                 << QStringLiteral("the block of line 2 does not end");
     QTest::newRow("unknown language") << QStringLiteral("a\n```ruby\n1\n```\n")
                                       << QStringLiteral("line 2: nobody executes a block \"ruby\"");
@@ -172,6 +180,13 @@ void TestGuides::faultyPages_data()
                                  << QStringLiteral("line 1: nobody executes a block \"\"");
     QTest::newRow("indented") << QStringLiteral("a\n\n    ls\n")
                               << QStringLiteral("line 3: nobody executes a block without a language");
+    QTest::newRow("a blank before the language")
+        << QStringLiteral("``` sh\nls\n```\n") << QStringLiteral("line 1: nobody executes a block \" sh\"");
+    QTest::newRow("commands of a page that is not run")
+        << QStringLiteral("a\n```sh\nls\n```\n") << QStringLiteral("line 2: nobody executes a block \"sh\"");
+    QTest::newRow("output of a page that is not run")
+        << QStringLiteral("```output\na\n```\n")
+        << QStringLiteral("line 1: nobody executes a block \"output\"");
     QTest::newRow("part of a list") << QStringLiteral("- a\n    b\n\n  c\n") << QString();
     QTest::newRow("no transcript at the end")
         << QStringLiteral("```python\n1\n```\n") << QStringLiteral("line 1: a file without a transcript");
@@ -187,7 +202,7 @@ void TestGuides::faultyPages()
     QFETCH(QString, page);
     QFETCH(QString, complaint);
     QString error;
-    readGuide(page, error);
+    readGuide(page, ShellBlocks::Refused, error);
     QCOMPARE(error, complaint);
 }
 
