@@ -26,6 +26,7 @@ private Q_SLOTS:
     void endOfRamp();
     void endOfRampWaitsForTheVoltage();
     void endOfRampThatTheCurrentLimits();
+    void aHigherTargetIsEntered();
     void rampEvents();
 };
 
@@ -282,6 +283,26 @@ void TestChannelRamps::endOfRampThatTheCurrentLimits()
     QCOMPARE(waypoints.at(0), 0.0);
     QVERIFY(isWithin(waypoints.at(1), 2.5, 1e-6));
     QVERIFY(isWithin(waypoints.at(2), 5, 1e-6));
+}
+
+// The course stays the same straight line, and what is asked for does not.
+void TestChannelRamps::aHigherTargetIsEntered()
+{
+    ChannelBench bench;
+    QVERIFY(bench.set("Control.voltageSet", "500"));
+    QVERIFY(bench.set("Control.on", "1"));
+    bench.advance(1);
+    QVERIFY(bench.set("Control.voltageSet", "800"));
+    QVERIFY(bench.set("Control.voltageSet", "800"));
+    bench.advance(60);
+    QVector<QPair<double, double>> waypoints;
+    const QVector<simulator::JournalEntry> entries = bench.run.journal.from(0, 1000);
+    for (const simulator::JournalEntry &entry : entries) {
+        if (entry.kind == simulator::JournalEntry::Waypoint)
+            waypoints.append({entry.time - 100, entry.voltageSet});
+    }
+    QCOMPARE(waypoints,
+             (QVector<QPair<double, double>>{{0.0, 500.0}, {1.0, 800.0}, {4.0, 800.0}}));
 }
 
 void TestChannelRamps::rampEvents()

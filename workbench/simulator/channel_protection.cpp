@@ -141,8 +141,10 @@ void Channel::turn(double now, Change change)
     const double currentBefore = output.current(now);
     const quint8 course = output.courseNumber();
     const bool wasRamping = output.isRamping();
+    const double target = output.target();
     change();
-    if (course == output.courseNumber() && wasRamping == output.isRamping())
+    // Further on in the same straight line is another target all the same.
+    if (course == output.courseNumber() && wasRamping == output.isRamping() && target == output.target())
         return;
     JournalEntry entry = host->entryFor(*this, now);
     entry.kind = JournalEntry::Waypoint;
