@@ -3,26 +3,70 @@
 #include "tests/workbench/strip_chart_bench.h"
 
 #include <QComboBox>
+#include <QImage>
 #include <QMouseEvent>
+#include <QPainter>
 #include <QTest>
 
 #include <qwt_plot_curve.h>
+#include <qwt_scale_map.h>
 
 using workbench::StripChartPlot;
 
 namespace
 {
 
+const QString Voltage = QStringLiteral("local 0.0.1 voltage");
+const QString Current = QStringLiteral("local 0.0.1 current");
+
+/// The line of measured values.
+const QwtPlotCurve *curve(const StripChartPlot &plot, const QString &title)
+{
+    for (QwtPlotItem *item : plot.itemList(QwtPlotItem::Rtti_PlotCurve)) {
+        if (item->title().text() == title && item->testItemAttribute(QwtPlotItem::Legend))
+            return static_cast<QwtPlotCurve *>(item);
+    }
+    return nullptr;
+}
+
 /// Points of the measured voltage as they are drawn.
 std::size_t pointsOf(const StripChartPlot &plot)
 {
-    for (QwtPlotItem *item : plot.itemList(QwtPlotItem::Rtti_PlotCurve)) {
-        if (item->title().text() == QStringLiteral("local 0.0.1 voltage")
-            && item->testItemAttribute(QwtPlotItem::Legend))
-            return static_cast<QwtPlotCurve *>(item)->dataSize();
-    }
-    return 0;
+    const QwtPlotCurve *line = curve(plot, Voltage);
+    return line == nullptr ? 0 : line->dataSize();
 }
+
+/// From the lowest to the highest value that the line is drawn at, as far as pixels tell.
+QwtInterval drawnRange(const StripChartPlot &plot, const QString &title)
+{
+    const QwtPlotCurve *line = curve(plot, title);
+    const QwtScaleMap values = plot.canvasMap(line->yAxis());
+    QImage image(plot.canvas()->size(), QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    line->draw(&painter, plot.canvasMap(QwtPlot::xBottom), values, image.rect());
+    painter.end();
+    QwtInterval range;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (image.pixelColor(x, y) != Qt::white)
+                range |= QwtInterval(values.invTransform(y), values.invTransform(y));
+        }
+    }
+    return range;
+}
+
+bool shorten(StripChartBench &bench, double duration)
+{
+    simulator::Fault fault;
+    fault.kind = simulator::FaultKind::Short;
+    fault.controller = QStringLiteral("local");
+    fault.object = PlantBench::address(1);
+    fault.duration = duration;
+    return bench.service.cause(fault) == TarnResult::Success;
+}
+
+constexpr int FarOut = -20; // notches
 
 double span(const StripChartPlot &plot)
 {
@@ -109,6 +153,75 @@ private Q_SLOTS:
         QVERIFY(bench.plot().axisInterval(QwtPlot::yRight).width() < 0.7 * amperes.width());
         bench.run(1); // and it stays
         QVERIFY(bench.plot().axisInterval(QwtPlot::yLeft).width() < 0.7 * volts.width());
+    }
+
+    void drawsWhatLeavesTheRangeThatWasZoomedTo()
+    {
+        StripChartBench bench;
+        bench.ramp(); // 24 \u00b5A
+        bench.turnWheel(2, Qt::ControlModifier, QPoint(100, 100));
+        QVERIFY(shorten(bench, 0)); // and 1 mA flows
+        bench.run(1);
+        bench.turnWheel(FarOut, Qt::ControlModifier, QPoint(100, 100));
+        QVERIFY(curve(bench.plot(), Current)->maxYValue() > 9e-4);
+        const double highest = drawnRange(bench.plot(), Current).maxValue();
+        QVERIFY2(highest > 9e-4, qPrintable(QString::number(highest)));
+    }
+
+    void drawsAnOlderPeakThatIsMovedIntoSight()
+    {
+        StripChartBench bench;
+        bench.ramp();
+        QVERIFY(shorten(bench, 0.5));
+        bench.run(100); // out of sight
+        QVERIFY(curve(bench.plot(), Current)->maxYValue() < 1e-4);
+        bench.plot().moveBy(bench.plot().canvas()->contentsRect().width(), 1);
+        QVERIFY(curve(bench.plot(), Current)->maxYValue() > 9e-4);
+        bench.turnWheel(FarOut, Qt::ControlModifier, QPoint(100, 100));
+        const double highest = drawnRange(bench.plot(), Current).maxValue();
+        QVERIFY2(highest > 9e-4, qPrintable(QString::number(highest)));
+    }
+
+    void drawsOtherChannelsInARangeOfTheirOwn()
+    {
+        StripChartBench bench;
+        bench.chart.add({PlantBench::channel(1, 3)}); // of 500 V
+        bench.run(1);
+        bench.turnWheel(2, Qt::ControlModifier, QPoint(100, 100));
+        bench.chart.recorder().removeAll();
+        bench.ramp(); // to 1200 V
+        QVERIFY(bench.plot().axisInterval(QwtPlot::yLeft).contains(1200));
+    }
+
+    void partsTheLanesUntilTheyOverlap()
+    {
+        StripChartBench bench;
+        bench.ramp();
+        const auto isParted = [&bench] {
+            const QwtPlotItemList markers = bench.plot().itemList(QwtPlotItem::Rtti_PlotMarker);
+            return markers.size() == 1 && markers.constFirst()->isVisible();
+        };
+        QVERIFY(isParted());
+        bench.turnWheel(2, Qt::ControlModifier, QPoint(100, 100));
+        QVERIFY(isParted());
+        QVERIFY(shorten(bench, 0)); // the current goes up to where the voltages are
+        bench.run(1);
+        QVERIFY(!isParted());
+        QTest::keyClick(bench.plot().canvas(), Qt::Key_End);
+        QVERIFY(isParted());
+    }
+
+    void showsAllValuesAgainAtTheEnd()
+    {
+        StripChartBench bench;
+        bench.ramp();
+        const QwtInterval volts = bench.plot().axisInterval(QwtPlot::yLeft);
+        bench.turnWheel(2, Qt::ControlModifier, QPoint(100, 100));
+        QVERIFY(bench.plot().isFollowing());
+        QVERIFY(bench.plot().axisInterval(QwtPlot::yLeft) != volts);
+        QTest::keyClick(bench.plot().canvas(), Qt::Key_End);
+        QVERIFY(bench.plot().isFollowing());
+        QCOMPARE(bench.plot().axisInterval(QwtPlot::yLeft), volts);
     }
 
     void zoomsIntoAFrame()

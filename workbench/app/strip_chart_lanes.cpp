@@ -79,7 +79,12 @@ void StripChartLanes::fit(const QwtInterval &volts, const QwtInterval &amperes, 
     const double height = upper.width() / VoltageShare;
     plot.setAxisScale(QwtPlot::yLeft, upper.maxValue() - height, upper.maxValue());
     plot.setAxisScale(QwtPlot::yRight, lower.minValue(), lower.minValue() + lower.width() / CurrentShare);
-    border->setYValue(lowestVolts - height * (1 - VoltageShare - CurrentShare) / 2);
+}
+
+void StripChartLanes::grow(const QwtInterval &volts, const QwtInterval &amperes)
+{
+    lowestVolts = std::min(lowestVolts, volts.minValue());
+    highestAmperes = std::max(highestAmperes, amperes.maxValue());
 }
 
 void StripChartLanes::label()
@@ -88,6 +93,7 @@ void StripChartLanes::label()
     setTicks(QwtPlot::yLeft, volts());
     setTicks(QwtPlot::yRight, amperes());
     plot.updateAxes();
+    placeBorder();
     auto *draw = static_cast<CurrentScaleDraw *>(plot.axisScaleDraw(QwtPlot::yRight));
     const QwtInterval shown = plot.axisInterval(QwtPlot::yRight).intersect(amperes());
     draw->adaptTo(std::max(std::fabs(shown.minValue()), std::fabs(shown.maxValue())));
@@ -136,6 +142,17 @@ void StripChartLanes::setTicks(int axis, const QwtInterval &lane)
         ticks.setInterval(range);
     }
     plot.setAxisScaleDiv(axis, ticks);
+}
+
+/// Halfway between the lanes; it parts nothing where they overlap.
+void StripChartLanes::placeBorder()
+{
+    const QwtInterval left = plot.axisInterval(QwtPlot::yLeft);
+    const QwtInterval right = plot.axisInterval(QwtPlot::yRight);
+    const double part = (highestAmperes - right.minValue()) / right.width();
+    const double lowerEnd = left.minValue() + part * left.width(); // of the currents, on the axis of the voltages
+    border->setVisible(lowerEnd <= lowestVolts);
+    border->setYValue((lowerEnd + lowestVolts) / 2);
 }
 
 void StripChartLanes::setTitle(int axis, const QString &text)

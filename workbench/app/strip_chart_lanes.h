@@ -34,6 +34,10 @@ public:
     /// Chooses axes that show at least these values (V, A), with so many pixels free above the voltages.
     void fit(const QwtInterval &volts, const QwtInterval &amperes, double pixelsAbove);
 
+    /// Keeps the axes, which the operator chose, and makes room in the lanes for these values (V, A). Lanes that have
+    /// grown may overlap.
+    void grow(const QwtInterval &volts, const QwtInterval &amperes);
+
     /// Puts ticks and titles to the axes as they are now. To be called after every change of an axis.
     void label();
 
@@ -45,6 +49,7 @@ private:
     QwtInterval rounded(int axis, const QwtInterval &range, double share) const;
     int steps(double pixels) const;
     void setTicks(int axis, const QwtInterval &lane);
+    void placeBorder();
     void setTitle(int axis, const QString &text);
 
     QwtPlot &plot;

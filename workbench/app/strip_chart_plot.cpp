@@ -87,6 +87,8 @@ StripChartPlot::StripChartPlot(const ChannelRecorder &recorder_, QWidget *parent
     connect(&recorder, &ChannelRecorder::channelAdded, this, &StripChartPlot::addLines);
     connect(&recorder, &ChannelRecorder::channelRemoved, this, [this](int index) {
         lines.erase(lines.begin() + index);
+        if (lines.empty())
+            hasOwnValueScale = false; // was chosen for what is gone
         redraw();
     });
     connect(&recorder, &ChannelRecorder::recorded, this, &StripChartPlot::refresh);
@@ -99,12 +101,12 @@ StripChartPlot::~StripChartPlot() = default;
 
 void StripChartPlot::setFollowing(bool follow)
 {
-    if (follow == following)
-        return;
-    following = follow;
     if (follow)
         hasOwnValueScale = false;
-    Q_EMIT followingChanged(follow);
+    if (follow != following) {
+        following = follow;
+        Q_EMIT followingChanged(follow);
+    }
     redraw();
 }
 
@@ -359,7 +361,9 @@ QwtInterval StripChartPlot::leastRange(Line limit, double part) const
 void StripChartPlot::scaleValues(const QwtInterval &volts, const QwtInterval &amperes)
 {
     const double markHeight = marks->useRowsFor(lanes->voltageHeight());
-    if (!hasOwnValueScale)
+    if (hasOwnValueScale)
+        lanes->grow(volts, amperes);
+    else
         lanes->fit(volts, amperes, shownParts[Events] ? markHeight : 0);
     lanes->label();
     for (const Lines &channel : lines) {

@@ -26,7 +26,7 @@ class StripChartMarks;
 ///
 /// Pointer: a drag zooms in, a drag with Shift or the middle button moves, the wheel zooms the time and with Ctrl the
 /// values, a double click shows everything. Keys: Left and Right move, Plus and Minus zoom, Home shows everything, End
-/// and Space follow the time again; Space stops following too.
+/// and Space follow the time again, with all values; Space stops following too.
 class StripChartPlot : public QwtPlot
 {
     Q_OBJECT
@@ -47,6 +47,7 @@ public:
     ~StripChartPlot() override;
 
     bool isFollowing() const { return following; }
+    /// To follow is to show all values too, whatever range of them was chosen.
     void setFollowing(bool follow);
 
     /// s of time that are shown while it follows.
