@@ -172,7 +172,8 @@ private Q_SLOTS:
         row("an empty script", "empty.py", "\n", "", "is empty");
         row("not UTF-8", "latin.txt", "# a\n# caf\xe9\n", "2", "ISO 8859-1");
         row("no text", "binary.txt", QByteArray("# a\n# \0\n", 8), "2", "NUL");
-        row("a script that is not UTF-8", "latin.py", "a = 1\n\nprint('caf\xe9')\n", "3", "save it as UTF-8");
+        row("a script that is not UTF-8", "latin.py", "a = 1\n\nprint('caf\xe9')\n", "3",
+            "Python itself might");
     }
 
     void warnsOfTheFileItself()

@@ -19,7 +19,7 @@ struct RehearsalFile
     QString name; ///< as it was given
     QString text;
     bool isScript = false; ///< Python, by its suffix
-    int foreignLine = 0; ///< the first that is not UTF-8, from 1 on; 0 when there is none
+    int foreignLine = 0; ///< as in TextFile
 };
 
 /// What the command line asks a rehearsal to do. Plain data.

@@ -283,7 +283,7 @@ void RehearseRun::warnOfFile()
     if (file().foreignLine > 0) {
         const QString text =
             tr("This line is not UTF-8. The file is read as ISO 8859-1, as the terminal's editor does.");
-        const QString ofScript = tr("Python itself would read it otherwise, or refuse it: save it as UTF-8.");
+        const QString ofScript = tr("Python itself might read it otherwise, or refuse it: save it as UTF-8.");
         warn(file().foreignLine, file().isScript ? text + QLatin1Char(' ') + ofScript : text);
     }
     if (file().isScript && file().text.trimmed().isEmpty())

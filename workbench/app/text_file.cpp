@@ -18,11 +18,17 @@ QString tr(const char *text)
     return QCoreApplication::translate("workbench::TextFile", text);
 }
 
-bool isUtf8(const QByteArray &bytes)
+bool readsAs(const QTextCodec &codec, const QByteArray &bytes, QString &text)
 {
     QTextCodec::ConverterState state;
-    QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
+    text = codec.toUnicode(bytes.constData(), bytes.size(), &state);
     return state.invalidChars == 0 && state.remainingChars == 0;
+}
+
+bool isUtf8(const QByteArray &bytes)
+{
+    QString text;
+    return readsAs(*QTextCodec::codecForName("UTF-8"), bytes, text);
 }
 
 int firstForeignLine(const QByteArray &bytes)
@@ -34,11 +40,10 @@ int firstForeignLine(const QByteArray &bytes)
 
 TextFile decode(const QByteArray &bytes)
 {
-    const QTextCodec *const codec = QTextCodec::codecForUtfText(bytes, nullptr);
-    if (codec != nullptr)
-        return {codec->toUnicode(bytes), 0};
-    if (isUtf8(bytes))
-        return {QString::fromUtf8(bytes.constData(), bytes.size()), 0}; // NUL characters and all
+    const QTextCodec *const codec = QTextCodec::codecForUtfText(bytes, QTextCodec::codecForName("UTF-8"));
+    QString text;
+    if (readsAs(*codec, bytes, text))
+        return {text, 0};
     return {QString::fromLatin1(bytes.constData(), bytes.size()), firstForeignLine(bytes)};
 }
 

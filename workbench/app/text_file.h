@@ -9,11 +9,11 @@ namespace workbench
 struct TextFile
 {
     QString text;
-    int foreignLine = 0; ///< the first that is not UTF-8, from 1 on; 0 when there is none
+    int foreignLine = 0; ///< the first that is not UTF-8, from 1 on; 0 unless it was read in ISO 8859-1
 };
 
-/// Reads a whole text file: in what its first bytes say, else in UTF-8, or in ISO 8859-1 where it is not UTF-8, as the
-/// terminals' editor does. False with the reason in `error`.
+/// Reads a whole text file: in the Unicode that its byte order mark says, else in UTF-8; or in ISO 8859-1 where it is not
+/// that. In a UTF-8 locale the terminals' editor does the same. False with the reason in `error`.
 bool readTextFile(const QString &path, TextFile &content, QString &error);
 
 } // namespace workbench
