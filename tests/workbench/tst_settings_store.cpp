@@ -83,6 +83,23 @@ private Q_SLOTS:
         QCOMPARE(loaded.openTools, layout.openTools);
     }
 
+    // The columns had another order when they were kept under this name.
+    void takesNoColumnsOfAnEarlierBuild()
+    {
+        QTemporaryDir dir;
+        const SettingsStore store(dir.path());
+        WindowLayout layout;
+        layout.state = QByteArray("s");
+        layout.systemColumns = QByteArray("c");
+        QCOMPARE(store.saveLayout(layout), QString());
+        QByteArray file = read(store.layoutFile());
+        QCOMPARE(file.count("\"systemHeader\""), 1);
+        write(store.layoutFile(), file.replace("systemHeader", "systemColumns"));
+        const WindowLayout loaded = store.loadLayout();
+        QVERIFY(loaded.saved);
+        QCOMPARE(loaded.systemColumns, QByteArray());
+    }
+
     void remembersThatNoToolWasOpen()
     {
         QTemporaryDir dir;

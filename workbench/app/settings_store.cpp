@@ -14,7 +14,8 @@ namespace
 
 const QLatin1String GeometryName("geometry");
 const QLatin1String StateName("state");
-const QLatin1String SystemColumnsName("systemColumns");
+// Not "systemColumns": under that name lie states of the header in which State was the last column, and would be again.
+const QLatin1String SystemColumnsName("systemHeader");
 const QLatin1String OpenToolsName("openTools");
 
 KdPluginConfiguration node(QLatin1String name, const QVariant &value)
