@@ -366,7 +366,7 @@ private Q_SLOTS:
         Bench bench;
         const auto *advice = bench.window->findChild<QLabel *>(QStringLiteral("advice"));
         QVERIFY(advice->isVisible());
-        QVERIFY(advice->text().contains(QStringLiteral("Choose a channel")));
+        QVERIFY(advice->text().contains(QStringLiteral("Choose a channel in the System dock")));
         bench.dock()->close(); // says where the tool can be found again
         QVERIFY(!bench.window->statusBar()->currentMessage().isEmpty());
         QVERIFY(!advice->isVisible());

@@ -234,7 +234,7 @@ void MainWindow::buildBanner()
 void MainWindow::buildStatusBar()
 {
     // Comes back whenever there is nothing else to say.
-    auto *advice = new QLabel(tr("Choose a channel on the left, or drag it onto a terminal."), this);
+    auto *advice = new QLabel(tr("Choose a channel in the System dock, or drag it onto a terminal."), this);
     advice->setObjectName(QStringLiteral("advice"));
     advice->setIndent(advice->fontMetrics().height() / 4);
     advice->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
