@@ -20,6 +20,7 @@
 #include <QInputDialog>
 #include <QMenu>
 #include <QMenuBar>
+#include <QScopeGuard>
 #include <QScrollBar>
 #include <QStatusBar>
 #include <QTemporaryDir>
@@ -132,7 +133,9 @@ private Q_SLOTS:
 
     void showsEveryColumnOfTheSystem()
     {
-        QFont font = QApplication::font();
+        const QFont usual = QApplication::font();
+        const auto restore = qScopeGuard([&usual] { QApplication::setFont(usual); });
+        QFont font = usual;
         font.setPointSize(10); // a desktop's
         QApplication::setFont(font);
         Bench bench;
