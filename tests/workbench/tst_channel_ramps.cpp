@@ -301,8 +301,7 @@ void TestChannelRamps::aHigherTargetIsEntered()
         if (entry.kind == simulator::JournalEntry::Waypoint)
             waypoints.append({entry.time - 100, entry.voltageSet});
     }
-    QCOMPARE(waypoints,
-             (QVector<QPair<double, double>>{{0.0, 500.0}, {1.0, 800.0}, {4.0, 800.0}}));
+    QCOMPARE(waypoints, (QVector<QPair<double, double>>{{0.0, 500.0}, {1.0, 800.0}, {4.0, 800.0}}));
 }
 
 void TestChannelRamps::rampEvents()
