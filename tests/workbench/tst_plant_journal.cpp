@@ -1,6 +1,12 @@
 #include "workbench/simulator/plant_journal.h"
 
+#include "tests/workbench/channel_bench.h"
+#include "tests/workbench/controller_bench.h"
+#include "workbench/simulator/plant_schema.h"
+
 #include <QtTest>
+
+#include <algorithm>
 
 using namespace simulator;
 
@@ -13,6 +19,8 @@ class TestPlantJournal : public QObject
 private Q_SLOTS:
     void numbersItsEntries();
     void keepsTheLatest();
+    void keepsTheLatestTexts();
+    void holdsARestartOfTheLargestPlant();
     void resultsComeLater();
     void lines_data();
     void lines();
@@ -31,6 +39,42 @@ JournalEntry entryOf(JournalEntry::Kind kind, const char *item, const char *text
     entry.item = QString::fromLatin1(item);
     entry.text = QString::fromLatin1(text);
     return entry;
+}
+
+/// In crates of ten modules.
+ControllerLayout largestController()
+{
+    constexpr std::size_t ChannelsOfModule = 1000;
+    constexpr quint32 ModulesOfCrate = 10;
+    ControllerLayout layout;
+    layout.connectionName = QStringLiteral("local");
+    layout.lines.resize(1);
+    std::vector<CrateLayout> &crates = layout.lines.front().crates;
+    for (quint32 address = 0; address < MostPlantChannels / ChannelsOfModule; ++address) {
+        if (address % ModulesOfCrate == 0) {
+            crates.emplace_back();
+            crates.back().address = 1000 + address;
+        }
+        crates.back().modules.push_back(moduleOf(resistiveLoad(Load), ChannelsOfModule));
+        crates.back().modules.back().address = address;
+    }
+    return layout;
+}
+
+bool switchAllOn(Controller &controller, const ControllerLayout &layout, double now)
+{
+    const ItemDefinition &on = *channelItems().find(QStringLiteral("Control.on"));
+    for (const CrateLayout &crate : layout.lines.front().crates) {
+        for (const ModuleLayout &module : crate.modules) {
+            for (std::size_t channel = 0; channel < module.loads.size(); ++channel) {
+                const ObjectAddress address{OrbItemId::Channel, 0, module.address,
+                                            static_cast<qint32>(channel)};
+                if (controller.write(address, on, ItemValue::of(true), now) != TarnResult::Success)
+                    return false;
+            }
+        }
+    }
+    return true;
 }
 
 } // namespace
@@ -55,10 +99,50 @@ void TestPlantJournal::keepsTheLatest()
     PlantJournal journal;
     for (std::size_t i = 0; i < PlantJournal::MostEntries + 10; ++i)
         journal.add({});
-    const QVector<JournalEntry> kept = journal.from(0, 1000000);
+    const QVector<JournalEntry> kept = journal.from(0, int(PlantJournal::MostEntries));
     QCOMPARE(kept.size(), int(PlantJournal::MostEntries));
     QCOMPARE(kept.first().number, quint64(10));
     QCOMPARE(kept.last().number, quint64(PlantJournal::MostEntries + 9));
+}
+
+// An answer may be as large as a plant.
+void TestPlantJournal::keepsTheLatestTexts()
+{
+    PlantJournal journal;
+    JournalEntry large;
+    large.text = QString(int(PlantJournal::MostCharacters / 4), QLatin1Char('a'));
+    for (int i = 0; i < 6; ++i)
+        journal.add(large);
+    QCOMPARE(journal.from(0, 10).size(), 4);
+    QCOMPARE(journal.from(0, 10).first().number, quint64(2));
+    // The last one is kept, however large it is.
+    large.text = QString(int(PlantJournal::MostCharacters) + 1, QLatin1Char('a'));
+    journal.add(large);
+    QCOMPARE(journal.from(0, 10).size(), 1);
+    QCOMPARE(journal.from(0, 10).first().number, quint64(6));
+    journal.add({});
+    journal.add({});
+    QCOMPARE(journal.from(0, 10).size(), 2);
+}
+
+// Of all that happens at one moment nothing may be gone before anybody could read it.
+void TestPlantJournal::holdsARestartOfTheLargestPlant()
+{
+    const ControllerLayout layout = largestController();
+    PlantRun run;
+    Controller controller(layout, run);
+    QVERIFY(switchAllOn(controller, layout, 1));
+    const quint64 first = run.journal.nextNumber();
+    const ItemDefinition &reboot =
+        *Controller::itemsOf(OrbItemId::System)->find(QStringLiteral("Control.reboot"));
+    QCOMPARE(controller.write({OrbItemId::System, 0, 0, -1}, reboot, ItemValue::of(true), 2),
+             TarnResult::Success);
+    const QVector<JournalEntry> entries = run.journal.from(first, int(PlantJournal::MostEntries));
+    QCOMPARE(entries.first().number, first);
+    const auto fallen = std::count_if(entries.begin(), entries.end(), [](const JournalEntry &entry) {
+        return entry.kind == JournalEntry::SwitchedOff;
+    });
+    QCOMPARE(int(fallen), MostPlantChannels);
 }
 
 void TestPlantJournal::resultsComeLater()
@@ -75,7 +159,7 @@ void TestPlantJournal::resultsComeLater()
     for (std::size_t i = 0; i < PlantJournal::MostEntries; ++i)
         journal.add({});
     journal.setResult(1, TarnResult::Failed); // gone
-    const QVector<JournalEntry> later = journal.from(0, 1000000);
+    const QVector<JournalEntry> later = journal.from(0, int(PlantJournal::MostEntries));
     for (const JournalEntry &entry : later)
         QCOMPARE(entry.result, TarnResult::Success);
 }

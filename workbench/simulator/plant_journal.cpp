@@ -99,10 +99,17 @@ quint64 PlantJournal::add(JournalEntry entry)
 {
     const quint64 number = next;
     entry.number = next++;
+    characters += static_cast<std::size_t>(entry.text.size());
     entries.push_back(std::move(entry));
-    if (entries.size() > MostEntries)
-        entries.pop_front();
+    while (entries.size() > MostEntries || (characters > MostCharacters && entries.size() > 1))
+        removeOldest();
     return number;
+}
+
+void PlantJournal::removeOldest()
+{
+    characters -= static_cast<std::size_t>(entries.front().text.size());
+    entries.pop_front();
 }
 
 void PlantJournal::setResult(quint64 number, TarnResult result)

@@ -2,6 +2,7 @@
 
 #include "hostclient/tarn_result.h"
 #include "workbench/simulator/object_address.h"
+#include "workbench/simulator/plant_schema.h"
 
 #include <QString>
 #include <QVector>
@@ -28,8 +29,8 @@ struct JournalEntry
         ///< 0.3"), empty for the channel's own
         FaultBegins, ///< `text` is the fault's name
         FaultEnds,
-        Waypoint, ///< from here on a channel takes another course, or begins or ends to ramp; `voltage`, `current`,
-        ///< their values just before, `voltageSet` and `isRamping`
+        Waypoint, ///< from here on a channel takes another course, goes for another voltage, or begins or ends to ramp;
+        ///< `voltage`, `current`, their values just before, `voltageSet` and `isRamping`
         PassThroughIn, ///< a message was handed to a script: `text`
         PassThroughOut, ///< a script sent `text`
         ControllerLeft, ///< the controller went away
@@ -62,9 +63,13 @@ QString journalLine(const JournalEntry &entry);
 class PlantJournal
 {
 public:
-    static constexpr std::size_t MostEntries = 100000;
+    /// Switched off by one restart, each channel of the largest plant may take four entries. Without their texts they
+    /// take about 140 MB.
+    static constexpr std::size_t MostEntries = 5 * std::size_t{MostPlantChannels};
+    /// In the texts of all entries but the latest: 200 MB. An answer may be as large as a plant.
+    static constexpr std::size_t MostCharacters = 100000000;
 
-    /// Numbers the entry and keeps it; the oldest goes when there are too many. Returns the number.
+    /// Numbers the entry and keeps it; the oldest go when there is too much. Returns the number.
     quint64 add(JournalEntry entry);
 
     /// How what was entered ended, once that is known. An entry that has gone stays gone.
@@ -77,7 +82,10 @@ public:
     quint64 nextNumber() const { return next; }
 
 private:
+    void removeOldest();
+
     std::deque<JournalEntry> entries;
+    std::size_t characters = 0; // of their texts
     quint64 next = 0;
 };
 
