@@ -6,8 +6,8 @@
 namespace simulator
 {
 
-/// Enters events and errors that have become pending, by the names of the items that tell of them; a condition without
-/// such an item goes without saying. `place` says where and when.
+/// Enters events and errors that occurred, pending already or not, by the names of the items that tell of them; a
+/// condition without such an item goes without saying. `place` says where and when.
 void enterRaised(PlantJournal &journal, const JournalEntry &place, const ItemTable &items, quint32 events,
                  quint32 errors);
 
