@@ -1,5 +1,7 @@
 #include "workbench/rehearsal/request_ledger.h"
 
+#include "workbench/simulator/answer_transport.h"
+
 #include <QTest>
 
 #include <cmath>
@@ -157,8 +159,20 @@ private Q_SLOTS:
         QCOMPARE(record.line, 1);
         QCOMPARE(record.outcome, QStringLiteral("refused"));
         QCOMPARE(record.answers, QStringList{reason});
+        QVERIFY(!record.isTaken);
+        QVERIFY(recording.requests.at(1).isTaken);
         QVERIFY(std::isnan(record.latency));
         QCOMPARE(recording.requests.at(1).line, 2);
+    }
+
+    // Which is entered without its end.
+    void knowsTheLineOfWhatIsTooLong()
+    {
+        const int most = simulator::AnswerTransport::LongestRefusedText;
+        const QString tooLong(most + 1, QLatin1Char('x'));
+        ledger->beginFile(QStringLiteral("a.txt"), {{1, QString(most - 1, QLatin1Char('x'))}, {2, tooLong}});
+        ask(1, 1, qPrintable(tooLong.left(most)));
+        QCOMPARE(recording.requests.at(0).line, 2);
     }
 
     // Of several commands in a request the one that was refused.

@@ -126,6 +126,7 @@ struct RequestRecord
     QString file; ///< that ran at the time; empty for none
     int line = 0; ///< of a command file, from 1 on; 0 for none
     bool isWrite = false; ///< by a script: there is no raw request, and `text` reads "0.1.2 Control.on 1"
+    bool isTaken = true; ///< false for a raw request that was refused at once, and was never on its way
     QString text;
     QStringList answers;
     double latency = NoTime; ///< s until the last answer

@@ -1,6 +1,7 @@
 #include "workbench/rehearsal/request_ledger.h"
 
 #include "workbench/rehearsal/request_summary.h"
+#include "workbench/simulator/answer_transport.h"
 
 #include <QCoreApplication>
 
@@ -63,6 +64,13 @@ QString shortened(const QString &text)
     return text.size() <= ShownLength ? text : text.left(ShownLength) + QStringLiteral("...");
 }
 
+/// What is refused is entered without its end when it is long.
+bool isOfLine(const QString &request, const QString &line)
+{
+    const bool mayBeCut = request.size() == simulator::AnswerTransport::LongestRefusedText;
+    return mayBeCut ? line.startsWith(request) : line == request;
+}
+
 } // namespace
 
 RequestLedger::RequestLedger(Recording &recording_, std::function<void(const Finding &)> fail_)
@@ -120,8 +128,11 @@ void RequestLedger::addRequest(const simulator::JournalEntry &entry)
 void RequestLedger::addRefusal(const simulator::JournalEntry &entry)
 {
     const int index = listed.value(entry.request, -1);
-    if (index >= 0)
-        recording.requests[static_cast<std::size_t>(index)].answers.append(entry.text);
+    if (index >= 0) {
+        RequestRecord &record = recording.requests[static_cast<std::size_t>(index)];
+        record.isTaken = false;
+        record.answers.append(entry.text);
+    }
     close(entry.request, outcomeOf(TarnResult::Failed));
 }
 
@@ -181,7 +192,7 @@ void RequestLedger::judge(double now)
 int RequestLedger::lineOf(const QString &request)
 {
     for (int i = 0; i < lines.size(); ++i) {
-        if (lines.at(i).text != request)
+        if (!isOfLine(request, lines.at(i).text))
             continue;
         const int number = lines.at(i).number;
         lines.remove(0, i + 1);

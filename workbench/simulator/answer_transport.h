@@ -24,7 +24,7 @@ public:
     using RealTime = AnswerPath::RealTime;
 
     /// Of the text of a request that is not taken, as it is entered. Characters.
-    static constexpr int LongestRefusedText = 10000;
+    static constexpr int LongestRefusedText = 1000;
 
     /// The plant is let come to each moment at which something is carried out, before it is. Table and journal are not
     /// owned and outlive this object. `clockStartedAt` is in seconds since 1970-01-01 UTC.
