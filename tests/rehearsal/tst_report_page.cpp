@@ -1,7 +1,9 @@
 #include "workbench/rehearsal/report_page.h"
 
 #include "tests/rehearsal/example_recording.h"
+#include "workbench/rehearsal/report_tables.h"
 
+#include <QElapsedTimer>
 #include <QRegularExpression>
 #include <QTest>
 #include <QXmlStreamReader>
@@ -112,7 +114,7 @@ private Q_SLOTS:
         marks.push_back({Mark::Error, 9, -1, QStringLiteral("Error.currentTrip")});
         const QString list = part(reportPage(recording), "<ul class=\"happened\">", "</ul>");
         QCOMPARE(list.count(QStringLiteral("<li")), 13);
-        QVERIFY2(list.contains(QStringLiteral("9.000 s: Error.currentTrip</li><li>and 29 more")),
+        QVERIFY2(list.contains(QStringLiteral("9.000 s: Error.currentTrip</li><li>and 29 more</li>")),
                  qPrintable(list));
     }
 
@@ -318,6 +320,65 @@ private Q_SLOTS:
         QVERIFY(page.contains(QStringLiteral("17 more are not listed")));
         QVERIFY(page.contains(QStringLiteral("23 more are not listed")));
         QVERIFY(page.contains(QStringLiteral("✖ 25 failures")));
+        QVERIFY(part(page, "<div class=\"verdict", "</div>")
+                    .contains(QStringLiteral("1 × script failed, and 23 more. Warnings: 1.")));
+    }
+
+    // Of each channel not more than may be listed, and of a thousand channels too much for a page.
+    void rampsAreBounded()
+    {
+        Recording recording;
+        rehearsal::ChannelRecord ramped = exampleRecording().channels.front();
+        ramped.ramps.assign(1000, {1, 2, 0, 100});
+        ramped.rampsLeftOut = 7;
+        recording.channels.assign(11, ramped);
+        const QString table = rehearsal::rampTable(recording);
+        QCOMPARE(table.count(QStringLiteral("<tr>")), 1 + rehearsal::MostListedRamps);
+        QVERIFY2(table.contains(QStringLiteral("1077 more are not listed")), qPrintable(table.right(200)));
+    }
+
+    // The terminal shows it later than it came in.
+    void aRequestThatWasNotTakenIsLedTo()
+    {
+        Recording recording = exampleRecording();
+        rehearsal::RequestRecord refused = recording.requests.front();
+        refused.isTaken = false;
+        refused.outcome = QStringLiteral("refused");
+        // The same file again.
+        for (const double time : {2.0, 3.0, 5.0}) {
+            refused.time = time;
+            recording.requests.push_back(refused);
+        }
+        Finding failure;
+        failure.kind = Finding::Request;
+        failure.time = 3.02;
+        failure.file = refused.file;
+        failure.line = refused.line;
+        recording.failures = {failure};
+        const QString request = part(reportPage(recording), "<li class=\"request\">", "</li>");
+        QVERIFY2(request.contains(QStringLiteral("<a href=\"#request-4\">request 4</a>")),
+                 qPrintable(request));
+    }
+
+    void manyFailuresAmongManyChannelsTakeNoTime()
+    {
+        Recording recording;
+        rehearsal::ChannelRecord channel(10, 500, 0.01);
+        channel.controller = QStringLiteral("local");
+        for (int i = 0; i < 20000; ++i) {
+            channel.address = channelAddress(0, quint32(i / 1000), i % 1000);
+            recording.channels.push_back(channel);
+        }
+        Finding failure;
+        failure.kind = Finding::Error;
+        recording.failures.assign(1000, failure);
+        recording.failures.back().channel = recording.channels.back().name();
+        QElapsedTimer timer;
+        timer.start();
+        const QString list = rehearsal::findingList(recording, recording.failures, 0);
+        QVERIFY2(timer.elapsed() < 2000, qPrintable(QString::number(timer.elapsed())));
+        QCOMPARE(list.count(QStringLiteral("<a href=\"#channel-")), 1);
+        QVERIFY(list.contains(QStringLiteral("<a href=\"#channel-19999\">local/0.19.999</a>")));
     }
 };
 

@@ -238,7 +238,8 @@ void RehearseRun::takeTranscript()
         stage.recorder.poll();
 }
 
-/// What a command terminal shows besides answers: the journal knows nothing of a request that was not taken over.
+/// What a command terminal shows besides answers. A request that was not taken is in the journal too, but has no answer
+/// there to be judged.
 void RehearseRun::judgeLine(TranscriptLine::Kind kind, const QString &text)
 {
     static const QLatin1String prompt("> ");

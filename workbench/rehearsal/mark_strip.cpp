@@ -277,7 +277,7 @@ QString markList(const ChannelRecord &channel)
             QStringLiteral("<li class=\"%1\">%2 %3: %4</li>")
                 .arg(markClass(mark->kind), markSign(mark->kind), timeText(mark->time), html(mark->text));
     if (more > 0)
-        items += QStringLiteral("<li>%1</li>").arg(html(tr("and %1 more, in the table of events").arg(more)));
+        items += QStringLiteral("<li>%1</li>").arg(html(tr("and %1 more").arg(more)));
     if (channel.marksLeftOut > 0)
         items += QStringLiteral("<li>%1</li>")
                      .arg(html(tr("%1 more commands and events are not marked.").arg(channel.marksLeftOut)));

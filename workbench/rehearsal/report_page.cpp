@@ -61,7 +61,9 @@ QString verdict(const Recording &recording)
                        .arg(warned);
     if (failures > 0) {
         head = failures == 1 ? tr("✖ 1 failure") : tr("✖ %1 failures").arg(failures);
-        text = tr("%1. %2").arg(findingCounts(recording.failures), warned);
+        const int more = recording.failuresLeftOut;
+        const QString unlisted = more == 0 ? QString() : tr(", and %1 more").arg(more);
+        text = tr("%1%2. %3").arg(findingCounts(recording.failures), unlisted, warned);
     }
     if (!recording.interruption.isEmpty()) {
         head += tr(" – interrupted");

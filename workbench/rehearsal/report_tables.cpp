@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QHash>
 #include <QStringList>
 
 #include <algorithm>
@@ -122,41 +123,56 @@ QString findingTitle(Finding::Kind kind)
     return tr("warning");
 }
 
-/// The way to the channel's picture; nothing for a channel that has none.
-QString findingChannel(const Recording &recording, const QString &name)
+/// The ways to what failures lead to, of as many channels as there may be.
+class Links
 {
-    for (std::size_t i = 0; i < recording.channels.size(); ++i) {
-        if (recording.channels.at(i).name() == name)
-            return channelLink(recording, i);
+public:
+    explicit Links(const Recording &recording_) : recording(recording_)
+    {
+        for (std::size_t i = 0; i < recording.channels.size(); ++i)
+            indices.insert(recording.channels.at(i).name(), i);
     }
-    return {};
-}
 
-/// The way to the request that failed; nothing when it is not listed.
-QString findingRequest(const Recording &recording, const Finding &finding)
-{
-    if (finding.kind != Finding::Request && finding.kind != Finding::TimeOut)
-        return {};
-    for (std::size_t i = 0; i < recording.requests.size(); ++i) {
-        const RequestRecord &request = recording.requests.at(i);
-        if (request.time == finding.time && request.file == finding.file && request.line == finding.line)
-            return QStringLiteral("<a href=\"#request-%1\">%2</a>")
-                .arg(QString::number(i + 1), html(tr("request %1").arg(i + 1)));
+    /// To the channel's picture; nothing for a channel that has none.
+    QString toChannel(const QString &name) const
+    {
+        const auto found = indices.constFind(name);
+        return found == indices.constEnd() ? QString() : channelLink(recording, *found);
     }
-    return {};
-}
+
+    /// To the request that failed; nothing when it is not listed.
+    QString toRequest(const Finding &finding) const
+    {
+        if (finding.kind != Finding::Request && finding.kind != Finding::TimeOut)
+            return {};
+        // What was not taken is known to have failed only when the terminal has shown it; of the same line in a file
+        // that was rehearsed twice it is the latest.
+        for (std::size_t i = recording.requests.size(); i > 0; --i) {
+            const RequestRecord &request = recording.requests.at(i - 1);
+            const bool isThen = request.isTaken ? request.time == finding.time : request.time <= finding.time;
+            if (isThen && request.file == finding.file && request.line == finding.line)
+                return QStringLiteral("<a href=\"#request-%1\">%2</a>")
+                    .arg(QString::number(i), html(tr("request %1").arg(i)));
+        }
+        return {};
+    }
+
+private:
+    const Recording &recording;
+    QHash<QString, std::size_t> indices; // of the channels, by name
+};
 
 /// When, at which channel, in which file.
-QString findingPlace(const Recording &recording, const Finding &finding)
+QString findingPlace(const Links &links, const Finding &finding)
 {
     QStringList place;
     if (std::isfinite(finding.time))
         place << html(timeText(finding.time));
-    place << findingChannel(recording, finding.channel);
+    place << links.toChannel(finding.channel);
     if (!finding.file.isEmpty())
         place << QStringLiteral("<span title=\"%1\">%2</span>")
                      .arg(html(finding.file), html(sourceText(finding.file, finding.line)));
-    place << findingRequest(recording, finding);
+    place << links.toRequest(finding);
     place.removeAll(QString());
     return place.join(QStringLiteral(" · "));
 }
@@ -169,6 +185,14 @@ std::vector<Finding> inOrder(std::vector<Finding> findings)
     };
     std::stable_sort(findings.begin(), findings.end(), isEarlier);
     return findings;
+}
+
+QString rampRow(const QString &channel, const Ramp &ramp)
+{
+    const double seconds = ramp.end - ramp.begin;
+    const QString shown = std::isfinite(seconds) ? timeText(seconds) : tr("not over");
+    return row({cell(channel), timeCell(ramp.begin), timeCell(ramp.end), numberCell(seconds, shown),
+                numberCell(ramp.from, voltageText(ramp.from)), numberCell(ramp.to, voltageText(ramp.to))});
 }
 
 QString details(const QString &summary, const QString &text)
@@ -209,13 +233,14 @@ QString findingList(const Recording &recording, const std::vector<Finding> &find
 {
     if (findings.empty())
         return {};
+    const Links links(recording);
     QString items;
     for (const Finding &finding : inOrder(findings)) {
         const bool isLong = finding.text.contains(QLatin1Char('\n'));
         items +=
             QStringLiteral("<li class=\"%1\"><strong>%2</strong> <span class=\"where\">%3</span>%4</li>\n")
                 .arg(findingName(finding.kind), html(findingTitle(finding.kind)),
-                     findingPlace(recording, finding),
+                     findingPlace(links, finding),
                      QStringLiteral("<%1>%2</%1>")
                          .arg(isLong ? QStringLiteral("pre") : QStringLiteral("p"), html(finding.text)));
     }
@@ -276,16 +301,15 @@ QString crossingTable(const Recording &recording)
 QString rampTable(const Recording &recording)
 {
     QString rows;
+    int listed = 0;
     int leftOut = 0;
     for (std::size_t i = 0; i < recording.channels.size(); ++i) {
-        leftOut += recording.channels.at(i).rampsLeftOut;
-        for (const Ramp &ramp : recording.channels.at(i).ramps) {
-            const double seconds = ramp.end - ramp.begin;
-            const QString shown = std::isfinite(seconds) ? timeText(seconds) : tr("not over");
-            rows += row({cell(channelLink(recording, i)), timeCell(ramp.begin), timeCell(ramp.end),
-                         numberCell(seconds, shown), numberCell(ramp.from, voltageText(ramp.from)),
-                         numberCell(ramp.to, voltageText(ramp.to))});
-        }
+        const ChannelRecord &channel = recording.channels.at(i);
+        const int count = qMin(static_cast<int>(channel.ramps.size()), MostListedRamps - listed);
+        for (int number = 0; number < count; ++number)
+            rows += rampRow(channelLink(recording, i), channel.ramps.at(static_cast<std::size_t>(number)));
+        listed += count;
+        leftOut += static_cast<int>(channel.ramps.size()) - count + channel.rampsLeftOut;
     }
     if (rows.isEmpty())
         return {};
