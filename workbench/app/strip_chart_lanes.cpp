@@ -150,7 +150,8 @@ void StripChartLanes::placeBorder()
     const QwtInterval left = plot.axisInterval(QwtPlot::yLeft);
     const QwtInterval right = plot.axisInterval(QwtPlot::yRight);
     const double part = (highestAmperes - right.minValue()) / right.width();
-    const double lowerEnd = left.minValue() + part * left.width(); // of the currents, on the axis of the voltages
+    // Where the currents end, on the axis of the voltages.
+    const double lowerEnd = left.minValue() + part * left.width();
     border->setVisible(lowerEnd <= lowestVolts);
     border->setYValue((lowerEnd + lowestVolts) / 2);
 }
