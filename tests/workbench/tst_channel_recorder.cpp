@@ -136,6 +136,30 @@ private Q_SLOTS:
         QVERIFY2(marksOf(bench.recorder.at(1)).isEmpty(), "nothing happened to the other one");
     }
 
+    void marksEachThingOnceWhereManyHappenTogether()
+    {
+        Bench bench;
+        QVERIFY(bench.recorder.add(Local, PlantBench::address(1)));
+        QVERIFY(bench.rampTo(PlantBench::channel(1), 1200));
+        bench.run(3);
+        Fault sparks;
+        sparks.kind = FaultKind::Spark;
+        sparks.controller = Local;
+        sparks.object = PlantBench::address(1);
+        sparks.amount = 5;
+        QCOMPARE(bench.service.cause(sparks), TarnResult::Success);
+        bench.run(1);
+        const auto &marks = bench.recorder.at(0).marks();
+        QStringList last;
+        for (const ChannelMark &mark : marks) {
+            if (mark.time == marks.back().time)
+                last << mark.text;
+        }
+        QCOMPARE(last,
+                 QStringList({QStringLiteral("arc"), QStringLiteral("too many arcs"),
+                              QStringLiteral("switched off: too many arcs")}));
+    }
+
     void tellsATripWithoutActionFromOneThatSwitchesOff()
     {
         Bench bench;
@@ -215,6 +239,23 @@ private Q_SLOTS:
         QVERIFY(!bench.recorder.add(QStringLiteral("nobody"), PlantBench::address(1)));
     }
 
+    void marksFaultsOfTheCrateOfAChannelOfAScript()
+    {
+        Bench bench;
+        QCOMPARE(bench.service.openConnection(QStringLiteral("scan"), QStringLiteral("ws://127.0.0.1:8080"),
+                                              {}, {}),
+                 TarnResult::Success);
+        bench.service.closeConnection(Local);
+        QVERIFY(bench.recorder.add(QStringLiteral("scan"), PlantBench::address(1)));
+        Fault fault;
+        fault.kind = FaultKind::MainsFailure;
+        fault.controller = Local;
+        fault.object = {OrbItemId::Crate, 0, 1000, -1};
+        QCOMPARE(bench.service.cause(fault), TarnResult::Success);
+        bench.run(0.2);
+        QVERIFY(marksOf(bench.recorder.at(0)).contains(QStringLiteral("simulated: mains failure")));
+    }
+
     void doesNothingWithoutChannels()
     {
         Bench bench;
@@ -280,7 +321,7 @@ private Q_SLOTS:
         QTest::newRow("event") << int(JournalEntry::Event) << QStringLiteral("Event.currentTrip")
                                << QStringLiteral("trip");
         QTest::newRow("error") << int(JournalEntry::Error) << QStringLiteral("Error.arc")
-                               << QStringLiteral("arc");
+                               << QStringLiteral("too many arcs");
         QTest::newRow("an event that says nothing")
             << int(JournalEntry::Event) << QStringLiteral("Event.constantVoltage") << QString();
         QTest::newRow("a write") << int(JournalEntry::Write) << QStringLiteral("Control.on") << QString();

@@ -39,6 +39,9 @@ constexpr MarkRow MarkRows[] = {
 
 const MarkRow *rowOf(const QString &item)
 {
+    // The error is that there were too many of them, which is an event of its own.
+    if (item == QLatin1String("Error.arc"))
+        return rowOf(QStringLiteral("Event.arcError"));
     const QStringRef name = item.midRef(item.indexOf(QLatin1Char('.')) + 1);
     const auto *row = std::find_if(std::begin(MarkRows), std::end(MarkRows),
                                    [&name](const MarkRow &each) { return name == QLatin1String(each.item); });
@@ -94,6 +97,17 @@ bool concerns(const simulator::JournalEntry &entry, const ChannelRecord &record)
     default:
         return false;
     }
+}
+
+/// Whether the record says so already: an error comes with its event, and others of the same moment between them.
+bool isSaid(const ChannelRecord &record, const ChannelMark &mark)
+{
+    const auto &marks = record.marks();
+    for (auto each = marks.rbegin(); each != marks.rend() && each->time == mark.time; ++each) {
+        if (each->text == mark.text)
+            return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -163,7 +177,7 @@ bool ChannelRecorder::add(const QString &controller, const simulator::ObjectAddr
     while (isTaken(look))
         ++look;
     records.push_back(std::make_unique<ChannelRecord>(name, channel, look));
-    records.back()->setCrate(crateOf(name, channel));
+    records.back()->setCrate(crateOf(controller, channel));
     watcher.setNeeded(this, true);
     Q_EMIT channelAdded(count() - 1);
     sample(*records.back());
@@ -192,12 +206,15 @@ void ChannelRecorder::clear()
     sampleAll();
 }
 
+/// Asks through that connection: the controller's own one may be closed.
 simulator::ObjectAddress ChannelRecorder::crateOf(const QString &controller,
                                                   const simulator::ObjectAddress &channel) const
 {
     QVector<OrbItemId> crates;
     watcher.service().crates(controller, crates);
     for (OrbItemId &crate : crates) {
+        if (crate.line != channel.line)
+            continue;
         crate.connectionName = controller;
         QVector<OrbItemId> modules;
         watcher.service().crateModules(crate, modules);
@@ -242,11 +259,7 @@ void ChannelRecorder::take(const QVector<simulator::JournalEntry> &entries)
         if (!markOf(entry, mark))
             continue;
         for (const auto &record : records) {
-            // An error comes with its event, at the same moment.
-            const auto &marks = record->marks();
-            const bool isSaid =
-                !marks.empty() && marks.back().time == mark.time && marks.back().text == mark.text;
-            if (concerns(entry, *record) && !isSaid)
+            if (concerns(entry, *record) && !isSaid(*record, mark))
                 record->add(mark);
         }
     }
