@@ -184,6 +184,26 @@ private Q_SLOTS:
         QVERIFY(cell(model, 1, MessageLogModel::LatencyColumn).isEmpty());
     }
 
+    void marksWhatPassesThroughByItsDirection()
+    {
+        MessageLogModel model;
+        JournalEntry in = request(1);
+        in.kind = JournalEntry::PassThroughIn;
+        JournalEntry out = request(1);
+        out.kind = JournalEntry::PassThroughOut;
+        model.take({request(1), answer(1, Done), in, out});
+        const auto shape = [&](int row) {
+            constexpr int Size = 16;
+            const QIcon icon =
+                model.index(row, MessageLogModel::ResultColumn).data(Qt::DecorationRole).value<QIcon>();
+            return icon.pixmap(Size, Size).toImage().convertToFormat(QImage::Format_Alpha8);
+        };
+        QVERIFY2(shape(1) != shape(0), "it is no request that was done");
+        QVERIFY(shape(2) != shape(0));
+        QVERIFY(shape(1) != shape(2));
+        QVERIFY2(shape(1).mirrored(true, false) == shape(2), "the arrow points the other way");
+    }
+
     void tellsWhatAControllerTookWithIt()
     {
         MessageLogModel model;

@@ -1,5 +1,6 @@
 #include "workbench/app/message_log_model.h"
 
+#include "workbench/app/arrow_icon.h"
 #include "workbench/app/system_state.h"
 
 #include <QIcon>
@@ -24,14 +25,15 @@ QString oneLine(const QString &text)
     return text.size() > MostShown ? line + QChar(0x2026) : line;
 }
 
-QIcon outcomeIcon(LoggedRequest::Outcome outcome)
+QIcon outcomeIcon(const LoggedRequest &request)
 {
-    switch (outcome) {
+    switch (request.outcome()) {
     case LoggedRequest::Waiting:
         return stateIcon(SystemState::Ramping);
     case LoggedRequest::Answered:
-    case LoggedRequest::PassedThrough:
         return stateIcon(SystemState::On);
+    case LoggedRequest::PassedThrough:
+        return arrowIcon(request.kind == LoggedRequest::ToScript ? Qt::RightArrow : Qt::LeftArrow);
     case LoggedRequest::Refused:
     case LoggedRequest::Lost:
         return stateIcon(SystemState::Error);
@@ -126,7 +128,7 @@ QVariant MessageLogModel::data(const QModelIndex &index, int role) const
         return {};
     const LoggedRequest &request = at(index.row());
     if (role == Qt::DecorationRole && index.column() == ResultColumn)
-        return outcomeIcon(request.outcome());
+        return outcomeIcon(request);
     if (role == Qt::TextAlignmentRole && (index.column() == TimeColumn || index.column() == LatencyColumn))
         return static_cast<int>(Qt::AlignCenter); // words are beside the numbers
     if (role != Qt::DisplayRole)

@@ -10,7 +10,8 @@
 namespace workbench
 {
 
-/// The latest raw requests with what came of them, and the messages to scripts and from them, a row each, the newest last. GUI thread only.
+/// The latest raw requests with what came of them, and the messages to scripts and from them, a row each, the newest
+/// last. GUI thread only.
 class MessageLogModel : public QAbstractTableModel
 {
     Q_OBJECT
