@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QSet>
 #include <QTest>
 
 #include <qwt_plot_curve.h>
@@ -222,6 +223,28 @@ private Q_SLOTS:
         QTest::keyClick(bench.plot().canvas(), Qt::Key_End);
         QVERIFY(bench.plot().isFollowing());
         QCOMPARE(bench.plot().axisInterval(QwtPlot::yLeft), volts);
+    }
+
+    void drawsTheLinesOfMarksSharp()
+    {
+        StripChartBench bench;
+        bench.ramp(); // with the mark of its end
+        QSet<QRgb> colours;
+        for (const QwtPlotItem *item : bench.plot().itemList()) {
+            if (item->rtti() <= QwtPlotItem::Rtti_PlotUserItem)
+                continue;
+            QImage image(bench.plot().canvas()->size(), QImage::Format_RGB32);
+            image.fill(Qt::white);
+            QPainter painter(&image);
+            item->draw(&painter, bench.plot().canvasMap(QwtPlot::xBottom),
+                       bench.plot().canvasMap(QwtPlot::yLeft), image.rect());
+            painter.end();
+            for (int y = image.height() / 2; y < image.height(); ++y) { // below all words
+                for (int x = 0; x < image.width(); ++x)
+                    colours.insert(image.pixel(x, y));
+            }
+        }
+        QCOMPARE(colours.size(), 2); // the ground and the line, and nothing between them
     }
 
     void zoomsIntoAFrame()

@@ -11,6 +11,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
+#include <utility>
 #include <vector>
 
 namespace workbench
@@ -80,18 +82,31 @@ void StripChartMarks::draw(QPainter *painter, const QwtScaleMap &xMap, const Qwt
     const std::vector<Placed> placed = place(xMap, canvasRect);
     painter->save();
     painter->setFont(font);
-    painter->setRenderHint(QPainter::Antialiasing);
     painter->setBrush(Qt::NoBrush);
     // All lines first: none goes through words.
-    for (const Placed &each : placed) {
-        painter->setPen(QPen(strip_chart_style::colour(each.look, palette), 1, Qt::DotLine));
-        painter->drawLine(QPointF(each.x, canvasRect.top()), QPointF(each.x, canvasRect.bottom()));
-    }
+    drawLines(*painter, placed, canvasRect);
+    painter->setRenderHint(QPainter::Antialiasing);
     written.clear();
     std::vector<std::vector<QRectF>> rows(textRows);
     for (const Placed &each : placed)
         drawMark(*painter, each, canvasRect, rows);
     painter->restore();
+}
+
+/// One in each column of pixels for each look, and not antialiased, which upright lines do not need: a chart that is
+/// full of marks is drawn as often as any other.
+void StripChartMarks::drawLines(QPainter &painter, const std::vector<Placed> &placed,
+                                const QRectF &canvasRect) const
+{
+    painter.setRenderHint(QPainter::Antialiasing, false);
+    std::set<std::pair<int, int>> drawn;
+    for (const Placed &each : placed) {
+        const int column = static_cast<int>(std::lround(each.x));
+        if (!drawn.emplace(column, each.look).second)
+            continue;
+        painter.setPen(QPen(strip_chart_style::colour(each.look, palette), 1, Qt::DotLine));
+        painter.drawLine(QPointF(column, canvasRect.top()), QPointF(column, canvasRect.bottom()));
+    }
 }
 
 /// What is worse comes first, and so gets its words first.

@@ -47,6 +47,7 @@ private:
     };
 
     std::vector<Placed> place(const QwtScaleMap &xMap, const QRectF &canvasRect) const;
+    void drawLines(QPainter &painter, const std::vector<Placed> &placed, const QRectF &canvasRect) const;
     void drawMark(QPainter &painter, const Placed &mark, const QRectF &canvasRect,
                   std::vector<std::vector<QRectF>> &rows) const;
 
