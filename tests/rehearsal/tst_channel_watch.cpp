@@ -63,7 +63,7 @@ private:
         watch->takeIn();
     }
 
-    void waypoint(double time, double before, double voltage, bool isRamping = false, double target = 1000)
+    void waypoint(double time, double before, double voltage, bool isRamping = false)
     {
         JournalEntry entry;
         entry.kind = JournalEntry::Waypoint;
@@ -75,7 +75,7 @@ private:
         entry.voltage = voltage;
         entry.current = voltage / 1e6;
         entry.isRamping = isRamping;
-        entry.voltageSet = target;
+        entry.voltageSet = 1000;
         watch->addWaypoint(entry);
     }
 
@@ -287,54 +287,6 @@ private Q_SLOTS:
         QCOMPARE(channel().ramps.size(), std::size_t{1});
         QCOMPARE(channel().ramps.at(0).end, 1.52);
         QCOMPARE(channel().ramps.at(0).to, 500.0);
-    }
-
-    void measuresARampThatIsTurnedRound()
-    {
-        touch();
-        at(1, 0, 0);
-        waypoint(1, 0, 0, true);
-        at(1.25, 250, Ramping);
-        waypoint(1.5, 500, 500, true, 0); // switched off half way
-        at(1.75, 250, bit(ChannelCondition::VoltageRamping));
-        waypoint(2, 0, 0, false, 0);
-        at(2.05, 0, 0);
-        QCOMPARE(channel().ramps.size(), std::size_t{2});
-        QCOMPARE(channel().ramps.at(0).begin, 1.0);
-        QCOMPARE(channel().ramps.at(0).end, 1.5);
-        QCOMPARE(channel().ramps.at(0).from, 0.0);
-        QCOMPARE(channel().ramps.at(0).to, 500.0);
-        QCOMPARE(channel().ramps.at(1).begin, 1.5);
-        QCOMPARE(channel().ramps.at(1).end, 2.0);
-        QCOMPARE(channel().ramps.at(1).from, 500.0);
-        QCOMPARE(channel().ramps.at(1).to, 0.0);
-    }
-
-    // Another speed, or the load, turns the course and not the ramp.
-    void aRampToTheSameTargetIsOne()
-    {
-        touch();
-        at(1, 0, 0);
-        waypoint(1, 0, 0, true);
-        waypoint(1.5, 500, 500, true);
-        waypoint(2, 1000, 1000);
-        QCOMPARE(channel().ramps.size(), std::size_t{1});
-        QCOMPARE(channel().ramps.at(0).end, 2.0);
-    }
-
-    // Switched on, and told where to, by one request.
-    void noRampTakesNoTime()
-    {
-        touch();
-        at(1, 0, 0);
-        waypoint(1.5, 0, 0, true, 500);
-        waypoint(1.5, 0, 0, true, 1000);
-        waypoint(2, 500, 500, true, 1000);
-        waypoint(2.5, 1000, 1000);
-        QCOMPARE(channel().ramps.size(), std::size_t{1});
-        QCOMPARE(channel().ramps.at(0).begin, 1.5);
-        QCOMPARE(channel().ramps.at(0).end, 2.5);
-        QCOMPARE(channel().ramps.at(0).to, 1000.0);
     }
 
     // The first that is heard of a channel is that it was switched on, when it ramps already.
