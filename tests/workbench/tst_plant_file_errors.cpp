@@ -18,7 +18,8 @@ private Q_SLOTS:
 namespace
 {
 
-const QByteArray TextRule = "a text of 1 to 200 characters that all can be seen, or are blanks";
+const QByteArray TextRule =
+    "a text of 1 to 200 characters that all can be seen, or are blanks, not all of them blanks";
 const QByteArray NameRule =
     "a name of 1 to 100 characters that all can be seen, or are blanks between others, "
     "without \"/\", \"*\" and \"<\"";
@@ -128,6 +129,8 @@ void TestPlantFileErrors::refused_data()
         "p.json:1:40: \"text\" of a controller is \"*\"; allowed is " + NameRule);
     row("text with a tabulator", withModule("{" + good + R"(, "firmware": "a\tb"})"),
         "p.json:2:57: \"firmware\" of a module is \"a" + replaced + "b\"; allowed is " + TextRule);
+    row("text of blanks", withModule("{" + good + R"(, "firmware": "   "})"),
+        "p.json:2:57: \"firmware\" of a module is \"   \"; allowed is " + TextRule);
     row("text that is too long", withModule("{" + good + R"(, "release": ")" + QByteArray(201, '1') + "\"}"),
         "p.json:2:56: \"release\" of a module is \"" + QByteArray(60, '1') + "...\"; allowed is " + TextRule);
     row("not a number", withModule(R"({"channels": 2, "current": 1, "voltage": "nan V"})"),
@@ -226,6 +229,16 @@ void TestPlantFileErrors::refused_data()
     row("message without an item",
         "{\"controllers\": [{\"name\": \"a\"}], \"messages\": [\n{\"at\": 1, \"object\": \"0.3\"}]}",
         "p.json:2:1: a message needs \"item\": " + TextRule);
+    const auto payload = [&row](const char *what, const QByteArray &value, const QByteArray &shown) {
+        row(what,
+            "{\"controllers\": [{\"name\": \"a\"}], \"messages\": [\n{\"at\": 1, \"object\": \"0.3\", "
+            "\"item\": \"i\", \"value\": \""
+                + value + "\"}]}",
+            "p.json:2:50: \"value\" of a message is \"" + shown
+                + "\"; allowed is any text of up to 10000 characters");
+    };
+    payload("value that is too long", QByteArray(10001, '1'), QByteArray(60, '1') + "...");
+    payload("value that is half a character", "a\\ud800", "a?");
     row("message to nothing",
         "{\"controllers\": [{\"name\": \"a\"}], \"messages\": [\n{\"at\": 1, \"item\": \"i\", \"object\": "
         "\"3\"}]}",

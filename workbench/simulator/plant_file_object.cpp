@@ -111,6 +111,8 @@ bool PlantFileObject::isAllowed(const PlantField &field, const QJsonValue &value
         return value.isBool();
     case Kind::Text:
         return value.isString() && PlantSchema::isText(value.toString());
+    case Kind::Payload:
+        return value.isString() && PlantSchema::isPayload(value.toString());
     case Kind::Name:
         return value.isString() && PlantSchema::isName(value.toString());
     case Kind::Choice:

@@ -52,8 +52,9 @@ It is JSON. The shortest module there is, on a bench, with a load of 500 kOhm on
 - A field that is not in these tables is refused, and so is one that stands twice, a value that is not allowed, and an
   address that is taken. The error names the file, the line and the column: `plant.json:12:15: "voltage" of a module is
   -5; allowed is above 0 to 1000000 V, as a number or as a text with its unit`.
-- **Texts** have 1 to 200 characters that all can be seen, or are blanks. A **name** has at most 100, no blank at its
-  ends, and no `/`, `*` or `<`, which mean something where a channel is named: `local/*.voltage<=1 kV`.
+- **Texts** have 1 to 200 characters that all can be seen, or are blanks, not all of them blanks. A **name** has at most
+  100, no blank at its ends, and no `/`, `*` or `<`, which mean something where a channel is named:
+  `local/*.voltage<=1 kV`.
 - A file has at most 16 MB, a plant at most 100 controllers, 10000 crates, 200000 channels, 10000 faults and 10000
   messages.
 

@@ -19,6 +19,7 @@ using Owner = PlantObjectKind;
 // In characters.
 constexpr int LongestText = 200;
 constexpr int LongestName = 100;
+constexpr int LongestPayload = 10000;
 
 constexpr double NoFallback = PlantField::NoFallback;
 
@@ -200,7 +201,7 @@ constexpr PlantField Fields[] = {
     choice(Owner::Message, "command", "getItem|setItem", "What the script is asked to do"),
     neededText(Owner::Message, "object", "`line.address` of a crate or module, or `line.address.channel`, which need not exist"),
     neededText(Owner::Message, "item", "The name of the item, which may be one of the script's own"),
-    text(Owner::Message, "value", "", "The value to set"),
+    plain(Owner::Message, "value", Kind::Payload, false, "", "", Owner::Plant, "The value to set"),
     text(Owner::Message, "unit", "", "The unit of the value"),
 
     plain(Owner::FaultFile, "faults", Kind::Objects, true, "", "", Owner::Fault, "As in a plant"),
@@ -263,6 +264,12 @@ QString shortNumber(double value)
     return QString::number(value, 'g', Digits);
 }
 
+/// UTF-8 has no half characters: they would be others when they come back.
+bool isWhole(const QString &text)
+{
+    return QString::fromUtf8(text.toUtf8()) == text;
+}
+
 } // namespace
 
 const PlantField *PlantSchema::begin()
@@ -306,8 +313,11 @@ QString PlantSchema::allowed(const PlantField &field)
     case Kind::Bool:
         return QStringLiteral("true or false");
     case Kind::Text:
-        return QStringLiteral("a text of 1 to %1 characters that all can be seen, or are blanks")
+        return QStringLiteral("a text of 1 to %1 characters that all can be seen, or are blanks, not all "
+                              "of them blanks")
             .arg(LongestText);
+    case Kind::Payload:
+        return QStringLiteral("any text of up to %1 characters").arg(LongestPayload);
     case Kind::Name:
         return QStringLiteral("a name of 1 to %1 characters that all can be seen, or are blanks between "
                               "others, without \"/\", \"*\" and \"<\"")
@@ -336,10 +346,14 @@ QString PlantSchema::range(const PlantField &field)
         .trimmed();
 }
 
+bool PlantSchema::isPayload(const QString &text)
+{
+    return text.size() <= LongestPayload && isWhole(text);
+}
+
 bool PlantSchema::isText(const QString &text)
 {
-    // UTF-8 has no half characters: they would be others when they come back.
-    if (text.size() > LongestText || text.trimmed().isEmpty() || QString::fromUtf8(text.toUtf8()) != text)
+    if (text.size() > LongestText || text.trimmed().isEmpty() || !isWhole(text))
         return false;
     const QVector<uint> characters = text.toUcs4();
     return std::all_of(characters.begin(), characters.end(), [](uint character) {

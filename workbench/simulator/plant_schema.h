@@ -29,6 +29,7 @@ enum class PlantFieldKind : quint8
     Integer,
     Bool,
     Text, ///< of characters that can be seen, and blanks
+    Payload, ///< any text that is not too long
     Name, ///< a Text that stands in addresses and patterns: "name/0.1.2", "name/*.voltage<=1 kV"
     Choice, ///< one of the texts in PlantField::choices
     Object,
@@ -79,6 +80,8 @@ public:
 
     /// Whether it may be the value of a Text.
     static bool isText(const QString &text);
+    /// Of a Payload.
+    static bool isPayload(const QString &text);
     /// Of a Name.
     static bool isName(const QString &text);
 };
