@@ -97,12 +97,18 @@ void TestPlantJournal::numbersItsEntries()
 void TestPlantJournal::keepsTheLatest()
 {
     PlantJournal journal;
-    for (std::size_t i = 0; i < PlantJournal::MostEntries + 10; ++i)
+    constexpr int Room = PlantJournal::LeastRoom;
+    for (int i = 0; i < Room + 10; ++i)
         journal.add({});
-    const QVector<JournalEntry> kept = journal.from(0, int(PlantJournal::MostEntries));
-    QCOMPARE(kept.size(), int(PlantJournal::MostEntries));
-    QCOMPARE(kept.first().number, quint64(10));
-    QCOMPARE(kept.last().number, quint64(PlantJournal::MostEntries + 9));
+    QCOMPARE(journal.from(0, 2 * Room).size(), Room);
+    QCOMPARE(journal.from(0, 1).first().number, quint64(10));
+    journal.makeRoomFor(3);
+    for (int i = 0; i < 100; ++i)
+        journal.add({});
+    const QVector<JournalEntry> kept = journal.from(0, 2 * Room);
+    QCOMPARE(kept.size(), Room + 15);
+    QCOMPARE(kept.first().number, quint64(95));
+    QCOMPARE(kept.last().number, quint64(Room + 109));
 }
 
 // An answer may be as large as a plant.
@@ -137,7 +143,7 @@ void TestPlantJournal::holdsARestartOfTheLargestPlant()
         *Controller::itemsOf(OrbItemId::System)->find(QStringLiteral("Control.reboot"));
     QCOMPARE(controller.write({OrbItemId::System, 0, 0, -1}, reboot, ItemValue::of(true), 2),
              TarnResult::Success);
-    const QVector<JournalEntry> entries = run.journal.from(first, int(PlantJournal::MostEntries));
+    const QVector<JournalEntry> entries = run.journal.from(first, 10 * MostPlantChannels);
     QCOMPARE(entries.first().number, first);
     const auto fallen = std::count_if(entries.begin(), entries.end(), [](const JournalEntry &entry) {
         return entry.kind == JournalEntry::SwitchedOff;
@@ -156,10 +162,10 @@ void TestPlantJournal::resultsComeLater()
     QCOMPARE(entries[0].result, TarnResult::Success);
     QCOMPARE(entries[1].result, TarnResult::Denied);
     QCOMPARE(entries[2].result, TarnResult::Success);
-    for (std::size_t i = 0; i < PlantJournal::MostEntries; ++i)
+    for (std::size_t i = 0; i < PlantJournal::LeastRoom; ++i)
         journal.add({});
     journal.setResult(1, TarnResult::Failed); // gone
-    const QVector<JournalEntry> later = journal.from(0, int(PlantJournal::MostEntries));
+    const QVector<JournalEntry> later = journal.from(0, int(PlantJournal::LeastRoom));
     for (const JournalEntry &entry : later)
         QCOMPARE(entry.result, TarnResult::Success);
 }

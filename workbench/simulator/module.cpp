@@ -61,6 +61,7 @@ Module::Module(const ModuleLayout &moduleLayout, const DevicePlace &modulePlace)
     if (layout.currentRampspeed != DefaultCurrentRampspeed)
         state.settings.set(static_cast<quint8>(Setting::CurrentRampspeed), layout.currentRampspeed);
     followSettings(0);
+    place.run->journal.makeRoomFor(moduleLayout.loads.size());
     channels.reserve(moduleLayout.loads.size());
     for (const LoadLayout &load : moduleLayout.loads) {
         channels.emplace_back(load, static_cast<ChannelHost &>(*this));

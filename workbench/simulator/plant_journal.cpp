@@ -101,7 +101,7 @@ quint64 PlantJournal::add(JournalEntry entry)
     entry.number = next++;
     characters += static_cast<std::size_t>(entry.text.size());
     entries.push_back(std::move(entry));
-    while (entries.size() > MostEntries || (characters > MostCharacters && entries.size() > 1))
+    while (entries.size() > mostEntries || (characters > MostCharacters && entries.size() > 1))
         removeOldest();
     return number;
 }

@@ -2,7 +2,6 @@
 
 #include "hostclient/tarn_result.h"
 #include "workbench/simulator/object_address.h"
-#include "workbench/simulator/plant_schema.h"
 
 #include <QString>
 #include <QVector>
@@ -63,11 +62,15 @@ QString journalLine(const JournalEntry &entry);
 class PlantJournal
 {
 public:
-    /// Switched off by one restart, each channel of the largest plant may take four entries. Without their texts they
-    /// take about 140 MB.
-    static constexpr std::size_t MostEntries = 5 * std::size_t{MostPlantChannels};
+    /// Entries that are kept of any plant; without their texts they take about 14 MB.
+    static constexpr std::size_t LeastRoom = 100000;
+    /// More for each channel, which may take four when a restart switches it off.
+    static constexpr std::size_t RoomForChannel = 5;
     /// In the texts of all entries but the latest: 200 MB. An answer may be as large as a plant.
     static constexpr std::size_t MostCharacters = 100000000;
+
+    /// Keeps so much more that what happens to all channels at one moment can be read.
+    void makeRoomFor(std::size_t channels) { mostEntries += RoomForChannel * channels; }
 
     /// Numbers the entry and keeps it; the oldest go when there is too much. Returns the number.
     quint64 add(JournalEntry entry);
@@ -85,6 +88,7 @@ private:
     void removeOldest();
 
     std::deque<JournalEntry> entries;
+    std::size_t mostEntries = LeastRoom;
     std::size_t characters = 0; // of their texts
     quint64 next = 0;
 };
