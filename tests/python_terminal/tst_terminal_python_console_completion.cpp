@@ -7,35 +7,29 @@
 namespace
 {
 
-/// Counts what arrives at an object from other threads.
-class Arrivals : public QObject
+/// Counts the events of one type that an object gets.
+class EventCount : public QObject
 {
 public:
+    EventCount(QObject *watched, QEvent::Type countedType) : type(countedType)
+    {
+        watched->installEventFilter(this);
+    }
+
     bool eventFilter(QObject *watched, QEvent *event) override
     {
-        if (event->type() == QEvent::MetaCall)
+        if (event->type() == type)
             ++count;
         return QObject::eventFilter(watched, event);
     }
 
     int count = 0;
+
+private:
+    const QEvent::Type type;
 };
 
 } // namespace
-
-/// Counts how often a widget is shown.
-class Appearances : public QObject
-{
-public:
-    bool eventFilter(QObject *watched, QEvent *event) override
-    {
-        if (event->type() == QEvent::Show)
-            ++count;
-        return QObject::eventFilter(watched, event);
-    }
-
-    int count = 0;
-};
 
 /// Completion from the key to the popup and back into the line.
 class TestTerminalPythonConsoleCompletion : public QObject
@@ -82,8 +76,7 @@ private:
     bool type(const QString &text)
     {
         const QSignalSpy asked(bench->console, &TerminalPythonConsole::complete);
-        Arrivals arrivals;
-        bench->console->installEventFilter(&arrivals);
+        const EventCount arrivals(bench->console, QEvent::MetaCall); // from other threads
         QTest::keyClicks(bench->console, text);
         return QTest::qWaitFor([&] { return arrivals.count >= asked.size(); },
                                PythonConsoleBench::LongestWait)
@@ -257,8 +250,7 @@ void TestTerminalPythonConsoleCompletion::nothingThatTheWordHasLeftBehind()
 void TestTerminalPythonConsoleCompletion::noneForAnEarlierWord()
 {
     QVERIFY(bench->run(QStringLiteral("voltage = 5")));
-    Appearances appearances;
-    bench->console->completer->installEventFilter(&appearances);
+    const EventCount appearances(bench->console->completer, QEvent::Show);
     QVERIFY(type(QStringLiteral("voltage = sys.maxsize")));
     QCOMPARE(appearances.count, 0);
     QVERIFY(type(QStringLiteral(" + prin"))); // the answer to this one shows it
@@ -280,10 +272,8 @@ void TestTerminalPythonConsoleCompletion::noneForAWordThatIsGone()
     QFETCH(Qt::Key, key);
     QVERIFY(bench->run(QStringLiteral("voltage = 5")));
     QVERIFY(bench->run(QStringLiteral("voltag = 6")));
-    Appearances appearances;
-    bench->console->completer->installEventFilter(&appearances);
-    Arrivals arrivals;
-    bench->console->installEventFilter(&arrivals);
+    const EventCount appearances(bench->console->completer, QEvent::Show);
+    const EventCount arrivals(bench->console, QEvent::MetaCall);
     QTest::keyClicks(bench->console, QStringLiteral("volt"));
     QTest::keyClick(bench->console, key);
     QTRY_VERIFY_WITH_TIMEOUT(arrivals.count >= 4, PythonConsoleBench::LongestWait);
