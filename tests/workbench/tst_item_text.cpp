@@ -16,6 +16,7 @@ private Q_SLOTS:
     void formats_data();
     void formats();
     void textsAreTakenAsTheyAre();
+    void names();
 };
 
 Q_DECLARE_METATYPE(simulator::ItemKind)
@@ -136,6 +137,13 @@ void TestItemText::textsAreTakenAsTheyAre()
     QVERIFY(parseValue(definition(ItemKind::String, ""), text, QString(), value));
     QCOMPARE(value.text, text);
     QCOMPARE(formatValue(definition(ItemKind::String, ""), value), text);
+}
+
+void TestItemText::names()
+{
+    QCOMPARE(itemWords(QStringLiteral("Error.safetyLoopWasOpened")),
+             QStringLiteral("safety loop was opened"));
+    QCOMPARE(itemWords(QStringLiteral("arc")), QStringLiteral("arc"));
 }
 
 QTEST_APPLESS_MAIN(TestItemText)

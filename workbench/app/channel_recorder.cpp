@@ -4,6 +4,7 @@
 #include "workbench/app/fault_text.h"
 #include "workbench/app/plant_watcher.h"
 #include "workbench/app/translated_text.h"
+#include "workbench/simulator/item_text.h"
 #include "workbench/simulator/simulated_service.h"
 
 #include <algorithm>
@@ -48,19 +49,6 @@ const MarkRow *rowOf(const QString &item)
     return row == std::end(MarkRows) ? nullptr : row;
 }
 
-/// "Error.safetyLoopWasOpened" as "safety loop was opened".
-QString words(const QString &item)
-{
-    QString result;
-    const QString name = item.mid(item.indexOf(QLatin1Char('.')) + 1);
-    for (const QChar letter : name) {
-        if (letter.isUpper())
-            result += QLatin1Char(' ');
-        result += letter.toLower();
-    }
-    return result;
-}
-
 /// Why a channel is off that nobody switched off by itself.
 ChannelMark switchOffMark(const simulator::JournalEntry &entry)
 {
@@ -70,7 +58,7 @@ ChannelMark switchOffMark(const simulator::JournalEntry &entry)
         return mark;
     }
     const MarkRow *const row = rowOf(entry.item);
-    const QString why = row ? tr(row->text) : words(entry.item);
+    const QString why = row ? tr(row->text) : simulator::itemWords(entry.item);
     mark.kind = ChannelMark::Trip;
     mark.text = entry.text.isEmpty() ? tr("switched off: %1").arg(why)
                                      : tr("switched off: %1, %2").arg(entry.text, why);

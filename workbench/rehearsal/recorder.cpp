@@ -1,5 +1,7 @@
 #include "workbench/rehearsal/recorder.h"
 
+#include "workbench/simulator/item_text.h"
+
 #include <QCoreApplication>
 
 #include <algorithm>
@@ -36,19 +38,6 @@ QString placeText(const JournalEntry &entry)
     return place.isEmpty() ? entry.controller : entry.controller + QLatin1Char('/') + place;
 }
 
-/// "safety loop was opened" for "Error.safetyLoopWasOpened".
-QString words(const QString &item)
-{
-    const QString name = item.mid(item.indexOf(QLatin1Char('.')) + 1);
-    QString text;
-    for (const QChar letter : name) {
-        if (letter.isUpper())
-            text += QLatin1Char(' ');
-        text += letter.toLower();
-    }
-    return text;
-}
-
 /// Whether it was not a protection but somebody who switched a crate or a controller off.
 bool isWish(const JournalEntry &switchOff)
 {
@@ -60,7 +49,7 @@ QString causeText(const JournalEntry &switchOff)
 {
     if (isWish(switchOff))
         return tr("\"%1\" of the %2").arg(switchOff.item, switchOff.text);
-    const QString what = words(switchOff.item);
+    const QString what = simulator::itemWords(switchOff.item);
     return switchOff.text.isEmpty() ? tr("its protection: %1").arg(what)
                                     : tr("protection: %1, %2").arg(switchOff.text, what);
 }

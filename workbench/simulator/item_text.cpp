@@ -67,6 +67,18 @@ QString kindName(ItemKind kind)
     return QStringLiteral("string");
 }
 
+QString itemWords(const QString &itemName)
+{
+    QString words;
+    const QString name = itemName.mid(itemName.indexOf(QLatin1Char('.')) + 1);
+    for (const QChar letter : name) {
+        if (letter.isUpper())
+            words += QLatin1Char(' ');
+        words += letter.toLower();
+    }
+    return words;
+}
+
 QString formatValue(const ItemDefinition &item, const ItemValue &value)
 {
     switch (item.kind) {

@@ -11,6 +11,9 @@ namespace simulator
 /// "bool", "int", "float" or "string".
 QString kindName(ItemKind kind);
 
+/// What is behind the group, in words: "safety loop was opened" for "Error.safetyLoopWasOpened".
+QString itemWords(const QString &itemName);
+
 /// "true", "false", a decimal number of up to nine significant digits, or the text itself.
 QString formatValue(const ItemDefinition &item, const ItemValue &value);
 
